@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Installs every system package that the build, the tests and the tools need
+# on a fresh Debian machine.
+set -euo pipefail
+PKGS=(build-essential cmake ninja-build pkg-config clang libclang-rt-14-dev
+      protobuf-compiler libprotobuf-dev nlohmann-json3-dev
+      libgtest-dev libgmock-dev libbenchmark-dev python3 libcap2-bin)
+missing=()
+for p in "${PKGS[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+  SUDO=""; [ "$(id -u)" -eq 0 ] || SUDO=sudo
+  $SUDO apt-get update
+  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y "${missing[@]}"
+fi
