@@ -36,8 +36,8 @@ extern const NotifyInfo s_notifications[];
 extern const size_t s_notificationCount;
 
 // Filled from the tables before the start handshake; read without a lock.
-extern std::map<int, CommandInfo> s_commandMap;
-extern std::map<int, NotifyInfo> s_notifyMap;
+extern std::map<int, CommandInfo>& s_commandMap;
+extern std::map<int, NotifyInfo>& s_notifyMap;
 void ImsFillDispatchMaps();
 
 extern Velar* s_velar;

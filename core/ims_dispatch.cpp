@@ -58,8 +58,10 @@ void sendFrame(const google::protobuf::MessageLite& message, uint32_t type, uint
 
 }  // namespace
 
-std::map<int, CommandInfo> s_commandMap;
-std::map<int, NotifyInfo> s_notifyMap;
+// Never destroyed: stack threads may still look up rows while the process
+// exits after its client has gone.
+std::map<int, CommandInfo>& s_commandMap = *new std::map<int, CommandInfo>;
+std::map<int, NotifyInfo>& s_notifyMap = *new std::map<int, NotifyInfo>;
 
 void ImsFillDispatchMaps() {
     s_commandMap.clear();

@@ -15,9 +15,15 @@ template <typename T>
 class PrimitiveData : public ImsData {
 public:
     PrimitiveData(int recordId, T v);
+    // As the stack hands one up (notification 20002).
+    PrimitiveData() : value() {}
     T value;
     template <class V>
     void velarArgs(V& v) {
+        v("value", value);
+    }
+    template <class V>
+    void velarFields(V& v) {
         v("value", value);
     }
 

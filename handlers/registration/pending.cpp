@@ -18,12 +18,6 @@ IMS_DISPATCH(DispatchUACreation) {
     (void)info;
     PENDING();
 }
-IMS_DISPATCH(DispatchUADeletion) {
-    (void)token;
-    (void)request;
-    (void)info;
-    PENDING();
-}
 IMS_DISPATCH(DispatchUpdateFeatureTag) {
     (void)token;
     (void)request;
@@ -109,12 +103,6 @@ IMS_RESPONSE(ResponseSendSipResponse) {
     PENDING();
     return -1;
 }
-IMS_DISPATCH(DispatchOpenSipDialog) {
-    (void)token;
-    (void)request;
-    (void)info;
-    PENDING();
-}
 IMS_NOTIFY(NotifyRegiStatus) {
     (void)notify;
     (void)data;
@@ -152,12 +140,6 @@ IMS_NOTIFY(NotifySipMessage) {
     return -1;
 }
 IMS_NOTIFY(NotifyAlarmWakeUp) {
-    (void)notify;
-    (void)data;
-    PENDING();
-    return -1;
-}
-IMS_NOTIFY(NotifyCancelAlarm) {
     (void)notify;
     (void)data;
     PENDING();

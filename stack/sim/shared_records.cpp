@@ -29,3 +29,6 @@ VELAR_SIM_CLASS(TupleData<int, std::string>);
 VELAR_SIM_CLASS(CallSessionId);
 VELAR_SIM_CLASS(AdditionalContents);
 VELAR_SIM_CLASS(GeneralResponseData);
+
+// Request 103 names its user agent by its one value.
+VELAR_SIM_AUTO(103, "GeneralResponseData", "value");

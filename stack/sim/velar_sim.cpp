@@ -75,12 +75,13 @@ namespace {
 struct Registry {
     std::unordered_map<std::string, ClassInfo> byName;
     std::unordered_map<std::type_index, const ClassInfo*> byType;
-    std::unordered_map<int, const char*> autoAnswers;
+    std::unordered_map<int, AutoAnswer> autoAnswers;
 };
 
+// Never destroyed: stack threads may still be at work while the process exits.
 Registry& registry() {
-    static Registry r;
-    return r;
+    static Registry* r = new Registry;
+    return *r;
 }
 
 std::atomic<CaptureHook> s_captureHook{nullptr};
@@ -107,14 +108,18 @@ const ClassInfo* findClass(const std::type_info& type) {
 }
 
 void registerAutoAnswer(const AutoAnswer& answer) {
-    registry().autoAnswers[answer.requestId] = answer.responseClass;
+    registry().autoAnswers[answer.requestId] = answer;
 }
 
 ImsData* makeAutoAnswer(ImsData* request) {
     const char* cls = "GeneralResponseData";
+    const char* handleFrom = nullptr;
     auto& answers = registry().autoAnswers;
     auto it = answers.find(request->GetId());
-    if (it != answers.end()) cls = it->second;
+    if (it != answers.end()) {
+        cls = it->second.responseClass;
+        handleFrom = it->second.handleFrom;
+    }
     if (cls == nullptr) return nullptr;
     const ClassInfo* out = findClass(cls);
     const ClassInfo* in = findClass(typeid(*request));
@@ -125,18 +130,20 @@ ImsData* makeAutoAnswer(ImsData* request) {
     ImsData* answer = out->decode(Json::object());
     answer->SetId(request->GetId());
     // The answer names the same user agent and call as its request.
-    static const char* const kCopied[][2] = {{"handle", "mHandle"}, {"session", "mSession"}};
-    for (const auto& names : kCopied) {
+    const char* const copied[][3] = {{"handle", "mHandle", handleFrom},
+                                     {"session", "mSession", nullptr}};
+    for (const auto& names : copied) {
         long long v = 0;
         bool found = false;
-        for (const char* n : names) {
+        for (const char* n : {names[2], names[0], names[1]}) {
+            if (n == nullptr) continue;
             if (in != nullptr && in->getInt(request, n, &v)) {
                 found = true;
                 break;
             }
         }
         if (!found) continue;
-        for (const char* n : names) out->setInt(answer, n, v);
+        out->setInt(answer, names[0], v) || out->setInt(answer, names[1], v);
     }
     return answer;
 }
@@ -234,12 +241,14 @@ using velar_sim::Json;
 
 IMS_Env* s_env = nullptr;
 
-// Auto mode: one stack thread answers the requests in order.
+// Auto mode: one stack thread answers the requests in order. Never
+// destroyed, since that thread waits on it while the process exits.
 struct AutoQueue {
     std::mutex mutex;
     std::condition_variable cond;
     std::deque<std::pair<unsigned int, ImsData*>> items;
-} s_auto;
+};
+AutoQueue& s_auto = *new AutoQueue;
 
 void autoThread() {
     for (;;) {
@@ -261,7 +270,7 @@ void autoThread() {
 
 // Controlled mode.
 int s_controlFd = -1;
-std::mutex s_controlWriteMutex;
+std::mutex& s_controlWriteMutex = *new std::mutex;
 
 void controlWrite(const Json& j) {
     std::string line = j.dump(-1, ' ', false, Json::error_handler_t::replace);

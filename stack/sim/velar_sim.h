@@ -31,6 +31,9 @@ const ClassInfo* findClass(const std::type_info& type);
 struct AutoAnswer {
     int requestId;
     const char* responseClass;  // null: the request has no response
+    // The request's member that names the user agent, where it is not called
+    // handle (a PrimitiveData<int> carries it as its value).
+    const char* handleFrom = nullptr;
 };
 void registerAutoAnswer(const AutoAnswer& answer);
 // The success record that auto mode gives for this request, or null.
@@ -114,7 +117,7 @@ struct Registrar {
 
 // Auto mode answers requests of this id with a success record of this class
 // (by its registered name), or with nothing when the class is null.
-#define VELAR_SIM_AUTO(requestId, responseClass)                                           \
-    [[maybe_unused]] static const bool VELAR_PP_CAT(velarSimAuto_, __LINE__) =                              \
-        (::velar_sim::registerAutoAnswer(::velar_sim::AutoAnswer{requestId, responseClass}), \
-         true)
+// A third argument names the request member that holds the handle.
+#define VELAR_SIM_AUTO(...)                                                 \
+    [[maybe_unused]] static const bool VELAR_PP_CAT(velarSimAuto_, __LINE__) = \
+        (::velar_sim::registerAutoAnswer(::velar_sim::AutoAnswer{__VA_ARGS__}), true)
