@@ -1,0 +1,186 @@
+#include <cutils/record_stream.h>
+
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "framing.h"
+
+namespace {
+
+std::string Rec(const std::string& body) {
+    uint32_t n = static_cast<uint32_t>(body.size());
+    std::string out{static_cast<char>(n >> 24), static_cast<char>(n >> 16), static_cast<char>(n >> 8),
+                    static_cast<char>(n)};
+    return out + body;
+}
+
+// One step of a scenario: write bytes, close the writing end, or call
+// record_stream_get_next and check what it gives.
+struct Step {
+    enum Kind { kWrite, kClose, kRecord, kEnd, kAgain, kFail } kind;
+    std::string bytes;  // kWrite: what to write; kRecord: the expected record
+};
+
+Step W(std::string b) { return {Step::kWrite, std::move(b)}; }
+Step R(std::string b) { return {Step::kRecord, std::move(b)}; }
+const Step kClose{Step::kClose, {}};
+const Step kEnd{Step::kEnd, {}};      // result 0, null record
+const Step kAgain{Step::kAgain, {}};  // -1 with EAGAIN
+const Step kFail{Step::kFail, {}};    // -1 with an errno the reader treats as fatal
+
+struct Scenario {
+    const char* name;
+    size_t maxLen;
+    std::vector<Step> steps;
+};
+
+void PrintTo(const Scenario& sc, std::ostream* os) { *os << sc.name; }
+
+class RecordStreamTest : public testing::TestWithParam<Scenario> {};
+
+TEST_P(RecordStreamTest, Scenario) {
+    const Scenario& sc = GetParam();
+    int sv[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, sv), 0);
+    ASSERT_EQ(fcntl(sv[0], F_SETFL, O_NONBLOCK), 0);
+    RecordStream* rs = record_stream_new(sv[0], sc.maxLen);
+    ASSERT_NE(rs, nullptr);
+
+    for (size_t i = 0; i < sc.steps.size(); ++i) {
+        const Step& st = sc.steps[i];
+        SCOPED_TRACE("step " + std::to_string(i));
+        if (st.kind == Step::kWrite) {
+            ASSERT_EQ(write(sv[1], st.bytes.data(), st.bytes.size()), static_cast<ssize_t>(st.bytes.size()));
+            continue;
+        }
+        if (st.kind == Step::kClose) {
+            close(sv[1]);
+            sv[1] = -1;
+            continue;
+        }
+        void* rec = reinterpret_cast<void*>(0x1);
+        size_t len = 12345;
+        errno = 0;
+        int rc = record_stream_get_next(rs, &rec, &len);
+        int err = errno;
+        switch (st.kind) {
+            case Step::kRecord:
+                ASSERT_EQ(rc, 0);
+                ASSERT_NE(rec, nullptr);  // also for an empty record: null means end of stream
+                EXPECT_EQ(std::string(static_cast<char*>(rec), len), st.bytes);
+                break;
+            case Step::kEnd:
+                EXPECT_EQ(rc, 0);
+                EXPECT_EQ(rec, nullptr);
+                break;
+            case Step::kAgain:
+                EXPECT_EQ(rc, -1);
+                EXPECT_EQ(err, EAGAIN);
+                break;
+            case Step::kFail:
+                EXPECT_EQ(rc, -1);
+                EXPECT_NE(err, 0);
+                EXPECT_NE(err, EAGAIN);
+                EXPECT_NE(err, EINTR);
+                break;
+            default:
+                break;
+        }
+    }
+    record_stream_free(rs);
+    close(sv[0]);
+    if (sv[1] >= 0) close(sv[1]);
+}
+
+const std::string kBinary("\0\xff\x01\0x", 5);
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, RecordStreamTest,
+    testing::Values(
+        Scenario{"NothingYet", 64, {kAgain}},
+        Scenario{"OneRecord", 64, {W(Rec("hello")), R("hello"), kAgain}},
+        Scenario{"BinaryBody", 64, {W(Rec(kBinary)), R(kBinary)}},
+        Scenario{"SplitInHeader", 64, {W(Rec("abcdef").substr(0, 2)), kAgain, W(Rec("abcdef").substr(2)), R("abcdef")}},
+        Scenario{"SplitInBody", 64, {W(Rec("abcdef").substr(0, 7)), kAgain, W(Rec("abcdef").substr(7)), R("abcdef")}},
+        Scenario{"ByteByByte", 64,
+                 {W(std::string(1, '\0')), kAgain, W(std::string(2, '\0')), kAgain, W("\x02"), kAgain, W("x"), kAgain, W("y"),
+                  R("xy")}},
+        // Both must come out of the one read, the second without touching the
+        // (by then empty) descriptor.
+        Scenario{"TwoInOneRead", 64, {W(Rec("one") + Rec("two")), R("one"), R("two"), kAgain}},
+        Scenario{"WholeThenPartial", 64,
+                 {W(Rec("one") + Rec("two").substr(0, 5)), R("one"), kAgain, W(Rec("two").substr(5)), R("two")}},
+        Scenario{"EmptyRecords", 64, {W(Rec("") + Rec("") + Rec("x")), R(""), R(""), R("x"), kAgain}},
+        Scenario{"ExactlyAtLimit", 8, {W(Rec("12345678")), R("12345678")}},
+        Scenario{"OneOverLimit", 8, {W(Rec("123456789")), kFail, kFail}},
+        Scenario{"OverLimitAfterGoodOne", 8, {W(Rec("ok") + Rec("123456789")), R("ok"), kFail}},
+        Scenario{"ZeroLimit", 0, {W(Rec("") + Rec("x")), R(""), kFail}},
+        // More bytes waiting than the buffer holds: forces compaction.
+        Scenario{"LongerThanBuffer", 8,
+                 {W(Rec("11111111") + Rec("2222222") + Rec("333333") + Rec("44444444") + Rec("5")), R("11111111"),
+                  R("2222222"), R("333333"), R("44444444"), R("5"), kAgain}},
+        Scenario{"EndAtBoundary", 64, {W(Rec("last")), kClose, R("last"), kEnd}},
+        Scenario{"EndInsideHeader", 64, {W(std::string(2, '\0')), kClose, kEnd}},
+        Scenario{"EndInsideBody", 64, {W(Rec("abcdef").substr(0, 6)), kAgain, kClose, kEnd}},
+        Scenario{"EndWithNothing", 64, {kClose, kEnd}}),
+    [](const testing::TestParamInfo<Scenario>& info) { return std::string(info.param.name); });
+
+TEST(RecordStream, ReadErrorPassesErrno) {
+    RecordStream* rs = record_stream_new(-1, 16);
+    ASSERT_NE(rs, nullptr);
+    void* rec;
+    size_t len;
+    EXPECT_EQ(record_stream_get_next(rs, &rec, &len), -1);
+    EXPECT_EQ(errno, EBADF);
+    record_stream_free(rs);
+}
+
+// What the client tool writes is what the daemon's stream cuts out: the
+// record starts with the reserved word, then the token.
+TEST(RecordStream, ReadsClientRecords) {
+    int sv[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, sv), 0);
+    ASSERT_EQ(fcntl(sv[0], F_SETFL, O_NONBLOCK), 0);
+    const std::string big(velard_framing::kMaxRecordLen - 8, 'p');
+    RecordStream* rs = record_stream_new(sv[0], velard_framing::kMaxRecordLen);
+    ASSERT_NE(rs, nullptr);
+
+    // The largest record is more than the socket buffers hold, so it goes in
+    // pieces with reads in between.
+    std::string bytes = velard_framing::EncodeClientRecord(0x01020304, "body") +
+                        velard_framing::EncodeClientRecord(7, big);
+    size_t off = 0;
+    std::vector<std::string> got;
+    while (got.size() < 2) {
+        if (off < bytes.size()) {
+            ssize_t n = write(sv[1], bytes.data() + off, std::min<size_t>(bytes.size() - off, 65536));
+            ASSERT_GT(n, 0);
+            off += static_cast<size_t>(n);
+        }
+        void* rec;
+        size_t len;
+        while (record_stream_get_next(rs, &rec, &len) == 0) {
+            ASSERT_NE(rec, nullptr);
+            got.emplace_back(static_cast<char*>(rec), len);
+        }
+        ASSERT_EQ(errno, EAGAIN);
+        ASSERT_TRUE(off < bytes.size() || got.size() == 2) << "stream stalled";
+    }
+    EXPECT_EQ(got[0], std::string("\0\0\0\0\x04\x03\x02\x01" "body", 12));
+    ASSERT_EQ(got[1].size(), velard_framing::kMaxRecordLen);
+    EXPECT_EQ(got[1].substr(0, 8), std::string("\0\0\0\0\x07\0\0\0", 8));
+    EXPECT_EQ(got[1].substr(8), big);
+    record_stream_free(rs);
+    close(sv[0]);
+    close(sv[1]);
+}
+
+}  // namespace
