@@ -8,6 +8,7 @@
 #include "ss_records.h"
 #include "sms_records.h"
 #include "messaging_records.h"
+#include "messaging_ft_records.h"
 #include "presence_records.h"
 #include "xdm_records.h"
 #include "share_records.h"

@@ -12,6 +12,7 @@ IMS_DISPATCH(DispatchIMStartSession) {
     (void)info;
     PENDING();
 }
+
 IMS_RESPONSE(ResponseStartSession) {
     (void)token;
     (void)response;
@@ -19,18 +20,21 @@ IMS_RESPONSE(ResponseStartSession) {
     PENDING();
     return -1;
 }
+
 IMS_DISPATCH(DispatchAcceptImSession) {
     (void)token;
     (void)request;
     (void)info;
     PENDING();
 }
+
 IMS_DISPATCH(DispatchRejectImSession) {
     (void)token;
     (void)request;
     (void)info;
     PENDING();
 }
+
 IMS_RESPONSE(ResponseCloseSession) {
     (void)token;
     (void)response;
@@ -38,18 +42,21 @@ IMS_RESPONSE(ResponseCloseSession) {
     PENDING();
     return -1;
 }
+
 IMS_DISPATCH(DispatchImCloseSession) {
     (void)token;
     (void)request;
     (void)info;
     PENDING();
 }
+
 IMS_DISPATCH(DispatchIMSendMessage) {
     (void)token;
     (void)request;
     (void)info;
     PENDING();
 }
+
 IMS_RESPONSE(PrepareResponseIMSendMessage) {
     (void)token;
     (void)response;
@@ -57,56 +64,28 @@ IMS_RESPONSE(PrepareResponseIMSendMessage) {
     PENDING();
     return -1;
 }
+
 IMS_DISPATCH(DispatchIMSendComposingStatus) {
     (void)token;
     (void)request;
     (void)info;
     PENDING();
 }
+
 IMS_DISPATCH(DispatchIMSendNotiStatus) {
     (void)token;
     (void)request;
     (void)info;
     PENDING();
 }
-IMS_DISPATCH(DispatchIMSendSlmMessage) {
-    (void)token;
-    (void)request;
-    (void)info;
-    PENDING();
-}
-IMS_RESPONSE(ResponseSendImSlmMessage) {
-    (void)token;
-    (void)response;
-    (void)data;
-    PENDING();
-    return -1;
-}
-IMS_DISPATCH(DispatchSlmSendFile) {
-    (void)token;
-    (void)request;
-    (void)info;
-    PENDING();
-}
-IMS_RESPONSE(PrepareResponseSlmSendFile) {
-    (void)token;
-    (void)response;
-    (void)data;
-    PENDING();
-    return -1;
-}
-IMS_DISPATCH(DispatchFTCancelSession) {
-    (void)token;
-    (void)request;
-    (void)info;
-    PENDING();
-}
+
 IMS_DISPATCH(DispatchUpdateParticipants) {
     (void)token;
     (void)request;
     (void)info;
     PENDING();
 }
+
 IMS_RESPONSE(ResponseUpdateParticipants) {
     (void)token;
     (void)response;
@@ -114,114 +93,63 @@ IMS_RESPONSE(ResponseUpdateParticipants) {
     PENDING();
     return -1;
 }
-IMS_DISPATCH(DispatchFTStartSession) {
-    (void)token;
-    (void)request;
-    (void)info;
-    PENDING();
-}
-IMS_DISPATCH(DispatchFTAcceptSession) {
-    (void)token;
-    (void)request;
-    (void)info;
-    PENDING();
-}
-IMS_DISPATCH(DispatchGroupListSubscribe) {
-    (void)token;
-    (void)request;
-    (void)info;
-    PENDING();
-}
-IMS_DISPATCH(DispatchGroupInfoSubscribe) {
-    (void)token;
-    (void)request;
-    (void)info;
-    PENDING();
-}
+
 IMS_NOTIFY(NotifySessionStarted) {
     (void)notify;
     (void)data;
     PENDING();
     return -1;
 }
+
 IMS_NOTIFY(NotifySessionClosed) {
     (void)notify;
     (void)data;
     PENDING();
     return -1;
 }
+
 IMS_NOTIFY(NotifyIncomingImChat) {
     (void)notify;
     (void)data;
     PENDING();
     return -1;
 }
+
 IMS_NOTIFY(NotifyMessageReceived) {
     (void)notify;
     (void)data;
     PENDING();
     return -1;
 }
+
 IMS_NOTIFY(NotifyImdnReceived) {
     (void)notify;
     (void)data;
     PENDING();
     return -1;
 }
+
 IMS_NOTIFY(NotifyComposingStatusReceived) {
     (void)notify;
     (void)data;
     PENDING();
     return -1;
 }
+
 IMS_NOTIFY(NotifySessionEstablished) {
     (void)notify;
     (void)data;
     PENDING();
     return -1;
 }
+
 IMS_NOTIFY(PrepareNotifyImMessageReportReceived) {
     (void)notify;
     (void)data;
     PENDING();
     return -1;
 }
-IMS_NOTIFY(NotifyFtProgress) {
-    (void)notify;
-    (void)data;
-    PENDING();
-    return -1;
-}
-IMS_NOTIFY(PrepareNotifyFtIncomingSession) {
-    (void)notify;
-    (void)data;
-    PENDING();
-    return -1;
-}
-IMS_NOTIFY(NotifyGroupChatSubscribeStatus) {
-    (void)notify;
-    (void)data;
-    PENDING();
-    return -1;
-}
-IMS_NOTIFY(NotifyGroupListUpdate) {
-    (void)notify;
-    (void)data;
-    PENDING();
-    return -1;
-}
-IMS_NOTIFY(NotifyGroupInfoUpdate) {
-    (void)notify;
-    (void)data;
-    PENDING();
-    return -1;
-}
-IMS_NOTIFY(PrepareNotifySlmIncoming) {
-    (void)notify;
-    (void)data;
-    PENDING();
-    return -1;
-}
+
 IMS_NOTIFY(NotifyImConferenceInfoUpdate) {
     (void)notify;
     (void)data;
