@@ -1,0 +1,3 @@
+int ImsMain();
+
+int main() { return ImsMain(); }

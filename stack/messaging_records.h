@@ -1,0 +1,4 @@
+// Records of the messaging family.
+#pragma once
+
+#include "shared_records.h"

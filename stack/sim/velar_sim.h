@@ -1,0 +1,123 @@
+// The host provider of the stack library: its registry of record classes, its
+// JSON record form, and the hooks through which in-process tests watch the
+// records that the daemon hands over.
+#pragma once
+
+#include <string>
+#include <typeindex>
+
+#include "../velar.h"
+#include "json_codec.h"
+
+namespace velar_sim {
+
+struct ClassInfo {
+    const char* name;
+    std::type_index type;
+    Json (*encode)(ImsData* record, const char* name);
+    // Null for classes that only ever go down (they have no default state).
+    ImsData* (*decode)(const Json& fields);
+    // Reads or writes an integer member by name; false when there is none.
+    bool (*getInt)(ImsData* record, const char* name, long long* value);
+    bool (*setInt)(ImsData* record, const char* name, long long value);
+};
+
+void registerClass(const ClassInfo& info);
+const ClassInfo* findClass(const std::string& name);
+const ClassInfo* findClass(const std::type_info& type);
+
+// How auto mode answers a request of a given id. Requests whose id has no
+// entry are answered with GeneralResponseData.
+struct AutoAnswer {
+    int requestId;
+    const char* responseClass;  // null: the request has no response
+    // The request's member that names the user agent, where it is not called
+    // handle (a PrimitiveData<int> carries it as its value).
+    const char* handleFrom = nullptr;
+};
+void registerAutoAnswer(const AutoAnswer& answer);
+// The success record that auto mode gives for this request, or null.
+ImsData* makeAutoAnswer(ImsData* request);
+
+// The control channel's JSON form of a record: {"class","id",...}.
+Json recordToJson(ImsData* record);
+// Builds a record from its JSON form; null with *error set on failure.
+ImsData* recordFromJson(const Json& record, std::string* error);
+
+// In-process capture for tests: while set, OnRequest gives every record to
+// the hook (which takes ownership) instead of answering it.
+using CaptureHook = void (*)(unsigned int token, ImsData* record, void* context);
+void setCaptureHook(CaptureHook hook, void* context);
+
+template <class T>
+struct Registrar {
+    explicit Registrar(const char* name) {
+        ClassInfo info{name, typeid(T),
+                       [](ImsData* r, const char* n) {
+                           return codec::encodeRecord(*static_cast<T*>(r), n);
+                       },
+                       nullptr, &getIntOf, &setIntOf};
+        if constexpr (std::is_default_constructible_v<T> && codec::HasFields<T>::value) {
+            info.decode = [](const Json& fields) -> ImsData* {
+                auto r = std::make_unique<T>();
+                codec::decodeFields(fields, *r, "fields");
+                return r.release();
+            };
+        }
+        registerClass(info);
+    }
+
+    struct IntAccess {
+        const char* name;
+        long long value;
+        bool write;
+        bool found = false;
+        template <class X>
+        void operator()(const char* n, X& v) {
+            if constexpr (std::is_integral_v<X> && !std::is_same_v<X, bool>) {
+                if (!found && std::strcmp(n, name) == 0) {
+                    found = true;
+                    if (write)
+                        v = static_cast<X>(value);
+                    else
+                        value = static_cast<long long>(v);
+                }
+            }
+        }
+        template <class A>
+        void call(const char*, A&) {}
+    };
+    static bool access(ImsData* r, IntAccess& a) {
+        T* t = static_cast<T*>(r);
+        if constexpr (codec::HasArgs<T>::value) t->velarArgs(a);
+        if constexpr (codec::HasMembers<T>::value) t->velarMembers(a);
+        if constexpr (codec::HasFields<T>::value) t->velarFields(a);
+        return a.found;
+    }
+    static bool getIntOf(ImsData* r, const char* name, long long* value) {
+        IntAccess a{name, 0, false};
+        if (!access(r, a)) return false;
+        *value = a.value;
+        return true;
+    }
+    static bool setIntOf(ImsData* r, const char* name, long long value) {
+        IntAccess a{name, value, true};
+        return access(r, a);
+    }
+};
+
+}  // namespace velar_sim
+
+// Registers a record class under the name the control channel uses for it,
+// which is its C++ spelling: VELAR_SIM_CLASS(PrimitiveData<int>).
+#define VELAR_SIM_CLASS(...)                                                          \
+    static const ::velar_sim::Registrar<__VA_ARGS__> VELAR_PP_CAT(velarSimClass_, __LINE__) { \
+        #__VA_ARGS__                                                                  \
+    }
+
+// Auto mode answers requests of this id with a success record of this class
+// (by its registered name), or with nothing when the class is null.
+// A third argument names the request member that holds the handle.
+#define VELAR_SIM_AUTO(...)                                                 \
+    [[maybe_unused]] static const bool VELAR_PP_CAT(velarSimAuto_, __LINE__) = \
+        (::velar_sim::registerAutoAnswer(::velar_sim::AutoAnswer{__VA_ARGS__}), true)
