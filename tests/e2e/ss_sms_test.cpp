@@ -97,7 +97,7 @@ std::vector<Row> requestRows() {
              {"mRuleId", "cfnr"},
              {"mCfType", 3},
              {"mSsStatus", {true, false, true}},
-             {"mFwdElm", {6, 2, 6}},
+             {"mFwdElm", {6, 2, 6, 9}},
              {"mTarget", {"tel:+1", "tel:+2"}},
              {"mMediaType", {1}},
              {"mError", 0}}),
@@ -108,7 +108,8 @@ std::vector<Row> requestRows() {
              b->set_ruleid("cfnr");
              b->set_cftype(3);
              for (bool s : {true, false, true}) b->add_ssstatus(s);
-             for (int f : {6, 2, 6}) b->add_fwdelm(imsCommonStruc::SSForwardTo(f));
+             // 9 is outside the enumeration and passes as it stands.
+             for (int f : {6, 2, 6, 9}) b->add_fwdelm(imsCommonStruc::SSForwardTo(f));
              for (const char* t : {"tel:+1", "tel:+2"}) b->add_target(t);
              b->add_mediatype(imsCommonStruc::Media(1));
              b->set_error(0);
