@@ -51,28 +51,6 @@ TEST(RegistrationRequests, ReachTheStackAsTheirRecords) {
         {"104 optional fields absent", 104,
          [](Request& r) { r.mutable_requestregistration()->set_handle(7); },
          R"({"class":"RegiSetupData","id":104,"args":[7,[],0,[],0,[],[],true,[],""]})"},
-        {"104 no body", 104, [](Request&) {},
-         R"({"class":"RegiSetupData","id":104,"args":[0,[],0,[],0,[],[],true,[],""]})"},
-        {"105", 105,
-         [](Request& r) {
-             auto* b = r.mutable_requestupdateakaresp();
-             b->set_handle(7);
-             b->set_akaresp("RES");
-             b->set_recvmng(2);
-         },
-         R"({"class":"RegiAuth","id":105,"args":[2,7,"","RES"]})"},
-        {"107", 107,
-         [](Request& r) {
-             r.mutable_requestsetpreferredimpu()->set_handle(3);
-             r.mutable_requestsetpreferredimpu()->set_impu("sip:pref@x");
-         },
-         R"({"class":"UpdatePreferredImpu","id":107,"args":[3,"sip:pref@x"]})"},
-        {"108", 108,
-         [](Request& r) {
-             r.mutable_requestnetworksuspended()->set_handle(3);
-             r.mutable_requestnetworksuspended()->set_state(true);
-         },
-         R"({"class":"NetworkSuspended","id":108,"args":[3,true]})"},
         {"109 tags in wire order", 109,
          [](Request& r) {
              auto* b = r.mutable_requestupdatefeaturetag();
@@ -94,25 +72,12 @@ TEST(RegistrationRequests, ReachTheStackAsTheirRecords) {
          },
          R"({"class":"DnsQueryData","id":106,"args":[4,"wlan0","pcscf.example","NAPTR","udp","ipv4"],
              "members":{"dnsServers":["8.8.8.8","1.1.1.1"]}})"},
-        {"110", 110,
-         [](Request& r) {
-             r.mutable_requestupdatevceconfig()->set_handle(3);
-             r.mutable_requestupdatevceconfig()->set_vceconfig(true);
-         },
-         R"({"class":"VceConfigData","id":110,"fields":{"handle":3,"vceConfig":true}})"},
         {"600 without lastPani", 600,
          [](Request& r) {
              r.mutable_requestupdatepani()->set_handle(3);
              r.mutable_requestupdatepani()->set_pani("3GPP-E-UTRAN");
          },
          R"({"class":"PaniData","id":600,"args":[3,"3GPP-E-UTRAN",""]})"},
-        {"600 with lastPani", 600,
-         [](Request& r) {
-             r.mutable_requestupdatepani()->set_handle(3);
-             r.mutable_requestupdatepani()->set_pani("now");
-             r.mutable_requestupdatepani()->set_lastpani("before");
-         },
-         R"({"class":"PaniData","id":600,"args":[3,"now","before"]})"},
         {"601 handle and latitude only", 601,
          [](Request& r) {
              r.mutable_requestupdategeolocation()->set_handle(3);
@@ -144,8 +109,6 @@ TEST(RegistrationRequests, ReachTheStackAsTheirRecords) {
          },
          R"({"class":"GeolocationData","id":601,"args":[3,"lat","lon","alt","acc","prov","ret",
              "srs","uom","os","dev","cc","a1","a3","a6","hno","pc","time"]})"},
-        {"901", 901, [](Request& r) { r.mutable_requestalarmwakeup()->set_id(12); },
-         R"({"class":"PrimitiveData<int>","id":901,"args":[12]})"},
         {"902 false, reason stays behind", 902,
          [](Request& r) {
              r.mutable_requestx509certverifyresult()->set_result(false);
@@ -186,17 +149,5 @@ TEST(RegistrationRequests, AkaResponseIsLoggedOnlyFromLogLevelTwo) {
         EXPECT_EQ(log.contains("D [IMS6.0]: DispatchUpdateAkaResp() aka-res-1234"),
                   level >= 2 && !IsShipBuild())
             << "logLevel " << level;
-    }
-}
-
-TEST(RegistrationRequests, CertificateVerdictIsLoggedWithTheName) {
-    for (bool result : {false, true}) {
-        Request r;
-        r.set_reqid(imsCommonStruc::REQ_X509_CERT_VERIFY_RESULT);
-        r.mutable_requestx509certverifyresult()->set_result(result);
-        LogCapture log;
-        dispatchOne(r);
-        EXPECT_TRUE(log.contains(std::string("I [IMS6.0]: DispatchX509CertVerifyResult() result ") +
-                                 (result ? "1" : "0")));
     }
 }
