@@ -70,6 +70,8 @@ public:
     (mimeType, const std::string&), (contents, const std::string&)
 class AdditionalContents : public ImsData {
 public:
+    // As the stack hands one up inside a call record.
+    AdditionalContents() = default;
     VELAR_CONSTRUCTOR(AdditionalContents, VELAR_ARGS_AdditionalContents)
 };
 

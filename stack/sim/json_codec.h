@@ -353,7 +353,7 @@ void decode(const Json& j, T& out, const std::string& path) {
         };
         std::apply([&](auto&... e) { (one(e), ...); }, out);
     } else {
-        static_assert(HasFields<U>::value, "only records declared with fields can be built from JSON");
+        static_assert(kIsObject<U>, "type has no JSON form: declare its members");
         decodeFields(j, out, path);
     }
 }
@@ -367,16 +367,29 @@ struct FieldFinder {
     }
 };
 
+// The declared data of an object that is built from JSON: its fields, or,
+// for a held object described by its constructor, the constructor's
+// parameters and its public members (the names encodeObject writes).
+template <class T, class V>
+void visitDecoded(T& out, V& v) {
+    if constexpr (HasFields<T>::value) {
+        out.velarFields(v);
+    } else {
+        if constexpr (HasArgs<T>::value) out.velarArgs(v);
+        if constexpr (HasMembers<T>::value) out.velarMembers(v);
+    }
+}
+
 template <class T>
 void decodeFields(const Json& j, T& out, const std::string& path) {
     if (!j.is_object()) fail(path, "expected an object");
     FieldDecoder d{&j, &path};
-    out.velarFields(d);
+    visitDecoded(out, d);
     if (d.matched != j.size()) {
         // Name the first key that the record does not declare.
         for (auto it = j.begin(); it != j.end(); ++it) {
             FieldFinder f{&it.key()};
-            out.velarFields(f);
+            visitDecoded(out, f);
             if (!f.found) fail(path + "." + it.key(), "no such field");
         }
     }

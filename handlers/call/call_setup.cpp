@@ -1,0 +1,90 @@
+// Calls placed, ended, answered, rejected and progressed, and the call-level
+// answer that most call requests share.
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "handlers/call/call_common.h"
+#include "handlers/handlers.h"
+
+IMS_DISPATCH(DispatchMakeCall) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestmakecall();
+
+    // letteringText and typeOfEmergencyService are not the stack's business:
+    // an emergency call differs only in what the framework fills in below.
+    auto* record = new CallSetupData(
+        201, static_cast<int>(body.handle()), body.peeruri(), body.origuri(), body.dispname(),
+        body.dialednumber(), std::string(), static_cast<int>(body.calltype()),
+        static_cast<int>(body.codec()), body.mode(), body.direction(), ims_call::ContentsOf(body),
+        body.cli(), body.softphonee911pani(), ims_call::HeaderMap(body.additionalsipheaders()),
+        body.alertinfo(), body.photoring());
+    for (const auto& ecscf : body.ecscflist()) record->mEcscfList.push_back(ecscf);
+    // 0 means "no port given": the stack keeps its own default then.
+    if (body.ecscfport() != 0) record->mEcscfPort = body.ecscfport();
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchEndCall) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestendcall();
+
+    CallEndData::Reason* reason = nullptr;
+    if (body.has_endreason()) {
+        const auto wire = body.endreason();
+        std::vector<std::string> extension(wire.extension().begin(), wire.extension().end());
+        reason = new CallEndData::Reason(wire.protocol(), static_cast<int>(wire.cause()),
+                                         wire.text(), std::move(extension), wire.islocalrelease());
+    }
+    auto* record = new CallEndData();
+    record->SetId(202);
+    record->mSession = static_cast<int>(body.session());
+    record->mReason = reason;
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchAcceptCall) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestacceptcall();
+    s_velar->OnRequest(token, new CallAcceptData(205, static_cast<int>(body.session()),
+                                                 static_cast<int>(body.calltype())));
+}
+
+IMS_DISPATCH(DispatchRejectCall) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestrejectcall();
+    auto* record = new CallRejectData();
+    record->SetId(214);
+    record->mSession = static_cast<int>(body.session());
+    record->mStatusCode = static_cast<int>(body.statuscode());
+    record->mReasonPhrase = body.reasonphrase();
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchProgressIncomingCall) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestprogressincomingcall();
+    auto* record = new CallSessionId(218, static_cast<int>(body.session()));
+    // Only a present header list reaches the stack, even an empty one.
+    if (body.has_extraheader()) record->setExtraHeader(ims_call::HeaderMap(body.extraheader()));
+    s_velar->OnRequest(token, record);
+}
+
+IMS_RESPONSE(ResponseCallResponse) {
+    IMS_LOGI("%s()", "ResponseCallResponse");
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    auto* record = static_cast<CallResponseData*>(data);
+    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = response.mutable_callresponse();
+    IMS_LOGI("%s() handle:%0x session:%d", "ResponseCallResponse", record->mHandle,
+             record->mSession);
+    body->set_handle(record->mHandle);
+    body->set_session(record->mSession);
+    body->set_result(static_cast<imsCommonStruc::Result>(record->mResult));
+    body->set_reason(static_cast<imsCommonStruc::CallReason>(record->mReason));
+    if (!record->mSipCallId.empty()) body->set_sipcallid(record->mSipCallId);
+    return 0;
+}

@@ -1,0 +1,135 @@
+// Requests on a call that stands: hold and resume, camera, re-INVITE, call
+// type changes, DTMF, the audio interface, INFO and dialog publication.
+#include "handlers/call/call_common.h"
+#include "handlers/handlers.h"
+
+namespace {
+
+// Hold and resume name the call by its session alone; the framework's handle
+// stays behind. The line is written once the stack has the record, from our
+// own copy of the number.
+void SendSessionOnly(uint32_t token, int id, const char* name, uint32_t session) {
+    s_velar->OnRequest(token, new CallSessionId(id, static_cast<int>(session)));
+    IMS_LOGI("%s() session: %d", name, static_cast<int>(session));
+}
+
+}  // namespace
+
+IMS_DISPATCH(DispatchHoldCall) {
+    const auto body = request.requestholdcall();
+    SendSessionOnly(token, 203, __func__, body.session());
+}
+
+IMS_DISPATCH(DispatchResumeCall) {
+    const auto body = request.requestresumecall();
+    SendSessionOnly(token, 204, __func__, body.session());
+}
+
+IMS_DISPATCH(DispatchHoldVideo) {
+    const auto body = request.requestholdvideo();
+    SendSessionOnly(token, 219, __func__, body.session());
+}
+
+IMS_DISPATCH(DispatchResumeVideo) {
+    const auto body = request.requestresumevideo();
+    SendSessionOnly(token, 220, __func__, body.session());
+}
+
+IMS_DISPATCH(DispatchStartCamera) {
+    const auto body = request.requeststartcamera();
+    const unsigned int camera = body.camera();
+    s_velar->OnRequest(token, new StartCamera(223, body.session(), camera));
+    IMS_LOGI("%s() cameraId: %d", __func__, camera);
+}
+
+// The record names no call: the framework's handle stays behind.
+IMS_DISPATCH(DispatchStopCamera) {
+    s_velar->OnRequest(token, new StopCamera(226));
+    IMS_LOGI("%s()", __func__);
+}
+
+IMS_DISPATCH(DispatchUpdateCall) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestupdatecall();
+    auto* record = new CallUpdateData();
+    record->SetId(206);
+    record->mSession = static_cast<int>(body.session());
+    record->mAction = static_cast<int>(body.action());
+    record->mCodecType = static_cast<int>(body.codectype());
+    record->mCause = static_cast<int>(body.cause());
+    record->mReasonText = body.reasontext();
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchModifyCallType) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestmodifycalltype();
+    s_velar->OnRequest(token,
+                       new ModifyCallTypeData(216, body.session(), body.oldtype(), body.newtype()));
+}
+
+IMS_DISPATCH(DispatchReplyModifyCallType) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestreplymodifycalltype();
+    auto* record = new ReplyModifyCallType();
+    record->SetId(217);
+    record->mSession = static_cast<int>(body.session());
+    record->mReqType = body.reqtype();
+    record->mCurType = body.curtype();
+    record->mRepType = body.reptype();
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchRejectModifyCallType) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestrejectmodifycalltype();
+    auto* record = new RejectModifyCallType();
+    record->SetId(221);
+    record->mSession = static_cast<int>(body.session());
+    record->mReason = body.reason();
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchSendDtmf) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestsenddtmf();
+    auto* record = new CallSendDtmf();
+    record->SetId(207);
+    record->mHandle = static_cast<int>(body.handle());
+    record->mSession = static_cast<int>(body.session());
+    record->mCode = static_cast<int>(body.code());
+    s_velar->OnRequest(token, record);
+}
+
+// Reads the body where it stands on the envelope; an absent one is created
+// empty there, which reads as the defaults.
+IMS_DISPATCH(DispatchUpdateAudioInterface) {
+    IMS_LOGI("%s()", __func__);
+    const auto* body = request.mutable_requestupdateaudiointerface();
+    auto* record = new AudioInterfaceData();
+    record->SetId(225);
+    record->mHandle = static_cast<int>(body->handle());
+    record->mMode = body->mode();
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchSendInfo) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestsendinfo();
+    s_velar->OnRequest(
+        token, new CallSendInfo(229, body.handle(), body.session(),
+                                static_cast<int>(body.calltype()), ims_call::ContentsOf(body)));
+}
+
+IMS_DISPATCH(DispatchPublishDialog) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestpublishdialog();
+    auto* record = new CallPublishData();
+    record->SetId(228);
+    record->mHandle = static_cast<int>(body.handle());
+    record->mOrigUri = body.origuri();
+    record->mDispName = body.dispname();
+    record->mXmlBody = body.xmlbody();
+    record->mExpireTime = body.expiretime();
+    s_velar->OnRequest(token, record);
+}

@@ -1,0 +1,105 @@
+// Requests that involve more than one call leg: conferences, transfers and
+// pulling a call from another device.
+#include <string>
+#include <vector>
+
+#include "handlers/call/call_common.h"
+#include "handlers/handlers.h"
+
+namespace {
+
+// A new conference (209) and a call extended to one (222) carry the same
+// body; only the record id tells the stack which it is.
+void SendConfCallSetup(uint32_t token, int id, const imsCommonStruc::Request& request) {
+    const auto body = request.requestmakeconfcall();
+    std::vector<int> sessions;
+    for (int session : body.sessionid()) {
+        if (logLevel > 1) IMS_LOGD("participants %d", session);
+        sessions.push_back(session);
+    }
+    std::vector<std::string> participants(body.participants().begin(), body.participants().end());
+    s_velar->OnRequest(
+        token, new ConfCallSetupData(id, static_cast<int>(body.handle()), body.confuri(),
+                                     static_cast<int>(body.calltype()),
+                                     static_cast<int>(body.conftype()), body.eventsubscribe(),
+                                     body.dialogtype(), body.origuri(), body.referuritype(),
+                                     body.referuriasserted(), body.useanonymousupdate(), sessions,
+                                     participants, ims_call::HeaderMap(body.extraheaders())));
+}
+
+}  // namespace
+
+IMS_DISPATCH(DispatchMakeConfCall) {
+    IMS_LOGI("%s()", __func__);
+    SendConfCallSetup(token, 209, request);
+}
+
+IMS_DISPATCH(DispatchExtendToConference) {
+    IMS_LOGI("%s()", __func__);
+    SendConfCallSetup(token, 222, request);
+}
+
+IMS_DISPATCH(DispatchUpdateConfCall) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestupdateconfcall();
+    s_velar->OnRequest(token, new ConfCallUpdateSession(215, body.session(), body.cmd(),
+                                                        body.participantid(), body.participant()));
+}
+
+// A transfer the framework starts; replacingSession stays behind.
+IMS_DISPATCH(DispatchTransferCall) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requesttransfercall();
+    auto* record = new CallTransferData();
+    record->SetId(212);
+    record->mHandle = static_cast<int>(body.handle());
+    record->mSession = static_cast<int>(body.session());
+    record->mExtraText = std::string();
+    record->mTargetUri = body.targeturi();
+    s_velar->OnRequest(token, record);
+}
+
+// The framework's answer to a transfer the peer asked for.
+IMS_DISPATCH(DispatchAcceptTransferCall) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestaccepttransfercall();
+    auto* record = new AcceptTransferData();
+    record->SetId(213);
+    record->mSession = static_cast<int>(body.session());
+    record->mAccept = body.accept();
+    record->mStatusCode = static_cast<int>(body.statuscode());
+    record->mReasonPhrase = body.reasonphrase();
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchCancelTransferCall) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestcanceltransfercall();
+    auto* record = new CancelCallTransferData();
+    record->SetId(227);
+    record->mHandle = static_cast<int>(body.handle());
+    record->mSession = static_cast<int>(body.session());
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchPullingCall) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestpullingcall();
+    auto* record = new CallPullingData();
+    record->SetId(224);
+    record->mHandle = static_cast<int>(body.handle());
+    record->mPullingUri = body.pullinguri();
+    record->mTargetUri = body.targeturi();
+    record->mOrigUri = body.origuri();
+    record->mCallType = static_cast<int>(body.calltype());
+    record->mCodec = static_cast<int>(body.codec());
+    record->mExtraValue = 0;
+    record->mAudioDirection = static_cast<int>(body.audiodirection());
+    record->mVideoDirection = static_cast<int>(body.videodirection());
+    record->mIsVideoPortZero = body.isvideoportzero();
+    record->mCallId = body.callid();
+    record->mLocalTag = body.localtag();
+    record->mRemoteTag = body.remotetag();
+    record->mMdmnExtNumber = body.mdmnextnumber();
+    s_velar->OnRequest(token, record);
+}
