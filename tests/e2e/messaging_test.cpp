@@ -104,8 +104,6 @@ TEST(MessagingEndToEnd, EveryIdOfAChatCrossesTheSocket) {
         row.check(f.response());
     }
 
-    // Notifications come after the requests: by then the daemon has taken the
-    // client's connection, and no frame can be written before it has one.
     const std::pair<Json, std::function<void(const Notify&)>> notifications[] = {
         {record("SessionStartedData", 11001, {{"retry", {{"retryTimer", 5}}}}),
          [](const Notify& n) {
