@@ -1,0 +1,129 @@
+// Inside an established chat: messages, composing indications, delivery
+// notifications and participant changes.
+#include <string>
+#include <vector>
+
+#include "handlers/handlers.h"
+#include "handlers/messaging/protobuf_data_translation.h"
+
+IMS_DISPATCH(DispatchIMSendMessage) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestsendimmessage();
+    const auto& param = body.messageparam();
+    std::vector<std::string> ccParticipants(param.ccparticipants().begin(),
+                                            param.ccparticipants().end());
+
+    // The session already fixes who sends and who receives; of the message
+    // only its content and delivery data go down. Sender, alias, receiver,
+    // burn, public-account, silence and CPIM fields of the wire are not read.
+    auto* message = new ImMessage();
+    message->body = param.body();
+    message->contentType = param.contenttype();
+    message->imdn = protobuf_data_translation::translateFwImdnData(param.imdn());
+    message->deviceName = param.devicename();
+    message->reliableMessage = param.reliablemessage();
+    message->xmsMessage = param.xmsmessage();
+    message->extraFt = param.extraft();
+    message->ccParticipants = std::move(ccParticipants);
+
+    auto* record = new RequestSendImMessage(504);
+    record->handle = body.sessiondata().sessionhandle();
+    record->message = message;
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchIMSendComposingStatus) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestsendimcomposingstatus();
+    auto* record = new RequestSendImComposingStatus(505);
+    record->handle = body.sessionid();
+    record->status.contentType = body.status().contenttype();
+    record->status.interval = body.status().interval();
+    record->status.isActive = body.status().isactive();
+    s_velar->OnRequest(token, record);
+}
+
+// The one dispatch handler that validates: a status or service outside the
+// known numbers is dropped here, and the client gets no answer at all.
+IMS_DISPATCH(DispatchIMSendNotiStatus) {
+    IMS_LOGI("%s()", __func__);
+    static constexpr const char* kSignature =
+        "void DispatchIMSendNotiStatus(uint32_t, imsCommonStruc::Request&, "
+        "RequestInfo*)";
+    const auto body = request.requestsendimnotificationstatus();
+    const auto& status = body.status();
+    std::vector<ImdnRecRoute> routes;
+    for (const auto& wire : status.imdnrecroute()) {
+        ImdnRecRoute route;
+        route.name = wire.name();
+        route.uri = wire.uri();
+        routes.push_back(std::move(route));
+    }
+    const int value = static_cast<int>(status.status());
+    if (value != 0 && value != 1) {
+        IMS_LOGE("%s: Unsupported status!", methodName(kSignature).c_str());
+        return;
+    }
+    const int service = static_cast<int>(body.service());
+    if (service < 0 || service > 2) {
+        IMS_LOGE("%s: Unsupported service type!", methodName(kSignature).c_str());
+        return;
+    }
+
+    // Statuses 0 and 1 have the same numbers on both sides.
+    auto* record = new RequestSendImNotiStatus(506);
+    record->handle = body.sessionid();
+    record->imdnMessageId = status.imdnmessageid();
+    record->imdnDateTime = status.imdndatetime();
+    record->status = static_cast<cpmim::ImNotificationStatus>(value);
+    record->imdnRecRoute = std::move(routes);
+    record->registrationHandle = body.registrationhandle();
+    record->uri = body.uri();
+    record->conversationId = body.conversationid();
+    record->contributionId = body.contributionid();
+    record->service = service;
+    record->preferredLineUri = body.preferredlineuri();
+    record->originalRecipientUri = body.originalrecipienturi();
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchUpdateParticipants) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestupdateparticipants();
+    auto* record = new RequestUpdateParticipants(510);
+    record->handle = body.sessionhandle();
+    record->reqType = static_cast<int32_t>(body.reqtype());
+    record->receivers.assign(body.receiver().begin(), body.receiver().end());
+    record->subject = body.subject();
+    record->userAlias = body.useralias();
+    s_velar->OnRequest(token, record);
+}
+
+IMS_RESPONSE(PrepareResponseIMSendMessage) {
+    IMS_LOGV("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    auto* record = static_cast<SendImMessageRespData*>(data);
+    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = response.mutable_sendimmessageresp();
+    body->set_sessionid(record->handle);
+    body->set_imdnmessageid(record->imdnMessageId);
+    SetImError(body->mutable_imerror(), record->error);
+    return 0;
+}
+
+IMS_RESPONSE(ResponseUpdateParticipants) {
+    IMS_LOGI("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid stackResponse: NULL");
+        return -1;
+    }
+    auto* record = static_cast<UpdateParticipantsRespData*>(data);
+    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = response.mutable_updateparticipantsresp();
+    body->set_sessionhandle(record->handle);
+    SetImError(body->mutable_imerror(), record->error);
+    return 0;
+}

@@ -1,0 +1,121 @@
+// IM sessions: start, accept, reject and close. The two answers serve
+// file-transfer sessions too; only resid tells them apart.
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "handlers/handlers.h"
+#include "handlers/messaging/protobuf_data_translation.h"
+
+IMS_DISPATCH(DispatchIMStartSession) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requeststartimsession();
+    const auto& wireSession = body.session();
+    const auto& base = wireSession.basesessiondata();
+    std::vector<std::string> receivers(base.receivers().begin(), base.receivers().end());
+
+    // The stack always gets a message, empty when the client sent none. Of a
+    // first message only these fields are meant for the invitation.
+    auto message = std::make_unique<ImMessage>();
+    if (body.has_messageparam()) {
+        const auto& param = body.messageparam();
+        message->body = param.body();
+        message->contentType = param.contenttype();
+        message->xmsMessage = param.xmsmessage();
+        message->extraFt = param.extraft();
+        message->imdn = protobuf_data_translation::translateFwImdnData(param.imdn());
+    }
+    std::vector<std::string> acceptTypes(wireSession.accepttypes().begin(),
+                                         wireSession.accepttypes().end());
+    std::vector<std::string> acceptWrappedTypes(wireSession.acceptwrappedtypes().begin(),
+                                                wireSession.acceptwrappedtypes().end());
+
+    auto session = std::make_unique<ImSessionParam>();
+    session->sessionHandle = base.sessionhandle();
+    session->id = base.id();
+    session->isConference = base.isconference();
+    session->sessionUri = base.sessionuri();
+    session->userAlias = base.useralias();
+    session->receivers = std::move(receivers);
+    session->contributionId = base.contributionid();
+    session->conversationId = base.conversationid();
+    session->inReplyToContributionId = base.inreplytocontributionid();
+    session->preferredLineUri = base.preferredlineuri();
+    session->sdpContentType = base.sdpcontenttype();
+    session->serviceId = base.serviceid();
+    session->sender = wireSession.sender();
+    session->subject = wireSession.subject();
+    session->isRejoin = wireSession.isrejoin();
+    session->isClosed = wireSession.isclosed();
+    session->isInviteforbye = wireSession.isinviteforbye();
+    session->isExtension = wireSession.isextension();
+    session->acceptTypes = std::move(acceptTypes);
+    session->acceptWrappedTypes = std::move(acceptWrappedTypes);
+
+    s_velar->OnRequest(token,
+                       new ImStartSessionData(501, static_cast<int>(body.registrationhandle()),
+                                              session.release(), std::move(message)));
+}
+
+IMS_DISPATCH(DispatchAcceptImSession) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestacceptimsession();
+    s_velar->OnRequest(token, new RequestAcceptImSession(502, static_cast<int>(body.sessionid()),
+                                                         body.useralias()));
+}
+
+IMS_DISPATCH(DispatchImCloseSession) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestcloseimsession();
+    auto* record = new CloseImSessionData(503);
+    record->handle = body.sessionid();
+    // Taken as it stands: without reasonHdr the stack gets code 0, not the
+    // "absent" -1.
+    record->reason =
+        ReasonHdr(static_cast<int32_t>(body.reasonhdr().code()), body.reasonhdr().text());
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchRejectImSession) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestrejectimsession();
+    auto* record = new RequestRejectImSession(508);
+    record->handle = body.sessionhandle();
+    record->sipCode = static_cast<int32_t>(body.sipcode());
+    if (body.has_warninghdr()) {
+        const auto& warning = body.warninghdr();
+        record->warning = WarningHdr(warning.code(), warning.host(), warning.text());
+    } else {
+        record->warning = WarningHdr(-1, "", "");
+    }
+    s_velar->OnRequest(token, record);
+}
+
+IMS_RESPONSE(ResponseStartSession) {
+    IMS_LOGI("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    auto* record = static_cast<StartSessionRespData*>(data);
+    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = response.mutable_startsessionresp();
+    body->set_sessionhandle(record->handle);
+    body->set_fwsessionid(record->fwSessionId);
+    SetImError(body->mutable_imerror(), record->error);
+    return 0;
+}
+
+IMS_RESPONSE(ResponseCloseSession) {
+    IMS_LOGI("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    auto* record = static_cast<CloseSessionRespData*>(data);
+    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = response.mutable_closesessionresp();
+    body->set_sessionhandle(record->handle);
+    SetImError(body->mutable_imerror(), record->error);
+    return 0;
+}
