@@ -74,20 +74,6 @@ TEST(FtAnswers, StandaloneMessageResponseHeaders) {
     }
 }
 
-TEST(FtAnswers, StandaloneFileResponse) {
-    // The handle comes last in the stack's record.
-    auto [rc, response] = respondJson(Json::parse(R"({"class":"SendSlmFileRespData","id":521,
-        "fields":{"imdnMessageId":"","error":{"type":0,"code":0},"handle":4294967295}})"));
-    ASSERT_EQ(rc, 0);
-    ims::Response expected;
-    expected.set_resid(ims::Id(521));
-    auto* body = expected.mutable_sendslmfileresp();
-    body->set_sessionhandle(0xFFFFFFFFu);
-    body->set_imdnmessageid("");
-    setError(body->mutable_imerror(), 0, 0);
-    expectWire(response, expected, "521");
-}
-
 TEST(FtAnswers, ProgressHeadersForBothIds) {
     struct Case {
         int id;
@@ -252,57 +238,6 @@ TEST(FtAnswers, StandaloneIncomingMessage) {
     EXPECT_EQ(msg.body(), std::string("x\0y", 3));
     EXPECT_TRUE(msg.isburnmsg());
     EXPECT_TRUE(msg.has_imdn());
-}
-
-TEST(FtAnswers, GroupChatSubscribeStatusAndList) {
-    auto [rc, status] = notifyJson(Json::parse(R"({"class":"GroupSubscribeStatusData","id":11009,
-        "fields":{"handle":2,"isSuccess":false,"sipErrorCode":0,"sipErrorPhrase":"",
-        "subscriptionId":"sub"}})"));
-    ASSERT_EQ(rc, 0);
-    ims::Notify expectedStatus;
-    expectedStatus.set_notifyid(ims::Id(11009));
-    auto* s = expectedStatus.mutable_groupchatsubscribestatus();
-    s->set_handle(2);
-    s->set_issuccess(false);
-    s->set_siperrorcode(0);
-    s->set_siperrorphrase("");
-    s->set_subscriptionid("sub");
-    expectWire(status, expectedStatus, "11009");
-
-    struct Case {
-        const char* name;
-        const char* record;
-        int groups;
-    };
-    const Case cases[] = {
-        {"no groups",
-         R"({"class":"GroupListUpdateData","id":11010,"fields":{"version":4,"increaseMode":true,
-             "groups":[]}})",
-         0},
-        {"two groups in order",
-         R"({"class":"GroupListUpdateData","id":11010,"fields":{"version":4,"increaseMode":true,
-             "groups":[{"method":"g0","uri":"sip:g0","conversationId":"c0","subject":"s0"},
-                       {"method":"g1","uri":"sip:g1","conversationId":"c1","subject":""}]}})",
-         2},
-    };
-    for (const auto& c : cases) {
-        auto [listRc, list] = notifyJson(Json::parse(c.record));
-        ASSERT_EQ(listRc, 0) << c.name;
-        ims::Notify expected;
-        expected.set_notifyid(ims::Id(11010));
-        auto* body = expected.mutable_groupchatlistupdated();
-        body->set_version(4);
-        body->set_increasemode(true);
-        for (int i = 0; i < c.groups; i++) {
-            auto* g = body->add_groupchats();
-            const std::string n = std::to_string(i);
-            g->set_method("g" + n);
-            g->set_uri("sip:g" + n);
-            g->set_conversationid("c" + n);
-            g->set_subject(i == 0 ? "s0" : "");
-        }
-        expectWire(list, expected, c.name);
-    }
 }
 
 TEST(FtAnswers, GroupInfoUsers) {
