@@ -207,7 +207,7 @@ TEST(CoreEndToEnd, TheLossOfTheClientEndsTheProcessWithMinusOne) {
         Daemon d;
         if (!c.lastBytes.empty()) d.sendRaw(c.lastBytes);
         if (std::string(c.name) != "record over the limit") d.closeClient();
-        EXPECT_EQ(d.waitExit(5000), 255) << c.name;
+        EXPECT_EQ(d.waitExit(20000), 255) << c.name;
         std::string log = d.log();
         EXPECT_NE(log.find(c.logLine), std::string::npos) << c.name << "\n" << log;
         EXPECT_NE(log.find("OnCommandsSocketClosed: reset velard"), std::string::npos) << c.name;
@@ -233,6 +233,14 @@ TEST(CoreEndToEnd, MissingSocketOrStackEndsStartUp) {
     } cases[] = {
         {"stack cannot reach its controller", {"VELAR_SIM_CONTROL=/nonexistent/ctl"},
          "Ims Stack init failed"},
+        {"no socket variable", {"ANDROID_SOCKET_velard"}, "Failed to get socket"},
+        {"negative descriptor", {"ANDROID_SOCKET_velard=-3"}, "Failed to get socket"},
+        {"descriptor out of range", {"ANDROID_SOCKET_velard=99999999999999999999"},
+         "Failed to get socket"},
+        // strtol stops at the letter without an error: descriptor 1, which is
+        // no socket.
+        {"trailing letters", {"ANDROID_SOCKET_velard=1abc"},
+         "Failed to listen on control socket '1':"},
     };
     for (const auto& c : cases) {
         Daemon::Options o;
@@ -240,7 +248,7 @@ TEST(CoreEndToEnd, MissingSocketOrStackEndsStartUp) {
         o.connect = false;
         o.env = c.env;
         Daemon d(o);
-        EXPECT_EQ(d.waitExit(5000), 255) << c.name;
+        EXPECT_EQ(d.waitExit(20000), 255) << c.name;
         EXPECT_NE(d.log().find(c.logLine), std::string::npos) << c.name;
     }
 }
