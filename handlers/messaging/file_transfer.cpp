@@ -1,0 +1,186 @@
+// File transfer inside a session: start, accept, cancel, progress and the
+// offer of an incoming file. The daemon moves no file content, only its
+// description; the same progress and incoming handlers serve standalone
+// files under their own ids.
+#include <memory>
+#include <string>
+
+#include "handlers/handlers.h"
+#include "handlers/messaging/protobuf_data_translation.h"
+
+using namespace protobuf_data_translation;
+
+namespace {
+
+FileAttr fileAttrFromWire(const imsCommonStruc::ImFileAttr& wire) {
+    FileAttr attr;
+    attr.name = wire.name();
+    attr.path = wire.path();
+    attr.contentType = wire.contenttype();
+    attr.size = wire.size();
+    attr.start = wire.start();
+    attr.end = wire.end();
+    attr.timeDuration = wire.timeduration();
+    return attr;
+}
+
+void fileAttrToWire(imsCommonStruc::ImFileAttr* wire, const FileAttr& attr) {
+    wire->set_name(attr.name);
+    wire->set_path(attr.path);
+    wire->set_contenttype(attr.contentType);
+    wire->set_size(attr.size);
+    wire->set_start(attr.start);
+    wire->set_end(attr.end);
+    wire->set_timeduration(attr.timeDuration);
+}
+
+// The warning of a cancel: absent on the wire means code -1, which the stack
+// reads as no header at all.
+WarningHdr warningFromWire(const imsCommonStruc::Request_RequestCancelFtSession& body) {
+    WarningHdr warning;
+    if (body.has_warninghdr()) {
+        warning.code = body.warninghdr().code();
+        warning.host = body.warninghdr().host();
+        warning.text = body.warninghdr().text();
+    } else {
+        warning.code = -1;
+    }
+    return warning;
+}
+
+}  // namespace
+
+IMS_DISPATCH(DispatchFTStartSession) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requeststartftsession();
+    const auto& wireSession = body.sessiondata();
+    const auto& wirePayload = body.payload();
+
+    auto* session = new FtSessionParam();
+    session->sessionHandle = wireSession.sessionhandle();
+    session->id = wireSession.id();
+    session->isConference = wireSession.isconference();
+    session->sessionUri = wireSession.sessionuri();
+    session->userAlias = wireSession.useralias();
+    // A conference transfer goes to the conference URI, never to a list.
+    if (!wireSession.isconference())
+        session->receivers.assign(wireSession.receivers().begin(), wireSession.receivers().end());
+    session->contributionId = wireSession.contributionid();
+    session->conversationId = wireSession.conversationid();
+    session->inReplyToContributionId = wireSession.inreplytocontributionid();
+    session->preferredLineUri = wireSession.preferredlineuri();
+
+    auto payload = std::make_unique<FtPayload>();
+    payload->fileAttr = fileAttrFromWire(wirePayload.fileattr());
+    payload->iconAttr = fileAttrFromWire(wirePayload.iconattr());
+    payload->imdn = translateFwImdnData(wirePayload.imdn());
+    payload->deviceName = wirePayload.devicename();
+    payload->reliableMessage = wirePayload.reliablemessage();
+    payload->extraFt = wirePayload.extraft();
+    payload->isBurnMsg = wirePayload.isburnmsg();
+    payload->isPublicAccountMsg = wirePayload.ispublicaccountmsg();
+    payload->isPush = wirePayload.ispush();
+
+    ReportData report;
+    report.spamFrom = body.reportdata().spamfrom();
+    report.spamTo = body.reportdata().spamto();
+    report.spamDate = body.reportdata().spamdate();
+
+    s_velar->OnRequest(
+        token, new FtStartSessionData(550, static_cast<int>(body.registrationhandle()), session,
+                                      std::move(payload), report));
+}
+
+IMS_DISPATCH(DispatchFTAcceptSession) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestacceptftsession();
+    auto* record = new RequestAcceptFtSession(553);
+    record->handle = body.sessionhandle();
+    record->start = body.start();
+    record->end = body.end();
+    record->filePath = body.filepath();
+    record->userAlias = body.useralias();
+    s_velar->OnRequest(token, record);
+}
+
+// Serves 522 and 552 alike: the record keeps the id the client used.
+IMS_DISPATCH(DispatchFTCancelSession) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestcancelftsession();
+    auto* record = new CancelFtSessionData(static_cast<int>(request.reqid()));
+    record->handle = body.sessionhandle();
+    record->sipCode = body.sipcode();
+    record->warning = warningFromWire(body);
+    s_velar->OnRequest(token, record);
+}
+
+IMS_NOTIFY(NotifyFtProgress) {
+    IMS_LOGV("%s()", "NotifyFtProgress");
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    auto* record = static_cast<FtProgressData*>(data);
+    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = notify.mutable_ftprogress();
+    body->set_sessionhandle(record->handle);
+    body->set_total(record->total);
+    body->set_transferred(record->transferred);
+    body->set_state(record->state);
+    SetImError(body->mutable_imerror(), record->error);
+    if (record->warning.code != -1) SetWarningHdr(body->mutable_warninghdr(), record->warning);
+    if (record->reason.code != -1) SetReasonHdr(body->mutable_reasonhdr(), record->reason);
+    return 0;
+}
+
+IMS_NOTIFY(PrepareNotifyFtIncomingSession) {
+    const std::string name =
+        methodName("int PrepareNotifyFtIncomingSession(imsCommonStruc::Notify&, ImsData*)");
+    if (data == nullptr) {
+        IMS_LOGE("%s: invalid response: NULL", name.c_str());
+        return -1;
+    }
+    if (logLevel > 1) IMS_LOGD("%s: reqId = %d", name.c_str(), data->GetId());
+    auto* record = static_cast<FtIncomingData*>(data);
+    // The stack promises a payload; should one ever be missing, the client
+    // still learns of the offer, with an empty description.
+    static const FtPayload kNoPayload{};
+    const FtPayload& payload = record->payload != nullptr ? *record->payload : kNoPayload;
+    const FtSessionParam& session = record->session;
+
+    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = notify.mutable_ftincomingsession();
+    auto* wireSession = body->mutable_session();
+    wireSession->set_sessionhandle(session.sessionHandle);
+    wireSession->set_sessionuri(session.sessionUri);
+    wireSession->set_preferredlineuri(session.preferredLineUri);
+    wireSession->set_sdpcontenttype(session.sdpContentType);
+    wireSession->set_isconference(session.isConference);
+    wireSession->set_contributionid(session.contributionId);
+    wireSession->set_useralias(session.userAlias);
+    wireSession->set_conversationid(session.conversationId);
+    wireSession->set_inreplytocontributionid(session.inReplyToContributionId);
+    wireSession->set_id(session.id);
+    for (const auto& receiver : session.receivers) wireSession->add_receivers(receiver);
+
+    auto* wirePayload = body->mutable_payload();
+    fileAttrToWire(wirePayload->mutable_fileattr(), payload.fileAttr);
+    wirePayload->set_devicename(payload.deviceName);
+    wirePayload->set_reliablemessage(payload.reliableMessage);
+    wirePayload->set_extraft(payload.extraFt);
+    wirePayload->set_isburnmsg(payload.isBurnMsg);
+    wirePayload->set_ispush(payload.isPush);
+    // An icon is offered only with a path, and then only its path and size.
+    if (!payload.iconAttr.path.empty()) {
+        auto* icon = wirePayload->mutable_iconattr();
+        icon->set_path(payload.iconAttr.path);
+        icon->set_size(payload.iconAttr.size);
+    }
+    translateStackImdnData(*wirePayload->mutable_imdn(), payload.imdn);
+    for (const auto& ns : payload.cpimNamespaces)
+        translateCpimNamespace(*wirePayload->add_cpimnamespaces(), ns);
+    wirePayload->set_sender(payload.sender);
+    wirePayload->set_receiver(payload.receiver);
+    wirePayload->set_silencesupported(payload.silenceSupported);
+    return 0;
+}

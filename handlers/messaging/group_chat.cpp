@@ -1,0 +1,100 @@
+// Group chat subscriptions: the list of the user's group chats and the
+// details of one of them. Subscription ids, versions and modes pass through;
+// the daemon keeps no subscription of its own.
+#include "handlers/handlers.h"
+
+IMS_DISPATCH(DispatchGroupListSubscribe) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = *request.mutable_requestgrouplistsubscribe();
+    auto* record = new GroupListSubscribeData(560);
+    record->handle = body.handle();
+    record->subscriptionId = body.subscriptionid();
+    record->version = body.version();
+    record->isIncrease = body.isincrease();
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchGroupInfoSubscribe) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = *request.mutable_requestgroupinfosubscribe();
+    auto* record = new GroupInfoSubscribeData(561);
+    record->handle = body.handle();
+    record->subscriptionId = body.subscriptionid();
+    record->uri = body.uri();
+    s_velar->OnRequest(token, record);
+}
+
+IMS_NOTIFY(NotifyGroupChatSubscribeStatus) {
+    IMS_LOGD("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    auto* record = static_cast<GroupSubscribeStatusData*>(data);
+    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = notify.mutable_groupchatsubscribestatus();
+    body->set_handle(record->handle);
+    body->set_issuccess(record->isSuccess);
+    body->set_siperrorcode(record->sipErrorCode);
+    body->set_siperrorphrase(record->sipErrorPhrase);
+    body->set_subscriptionid(record->subscriptionId);
+    return 0;
+}
+
+IMS_NOTIFY(NotifyGroupListUpdate) {
+    IMS_LOGD("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    auto* record = static_cast<GroupListUpdateData*>(data);
+    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = notify.mutable_groupchatlistupdated();
+    body->set_version(record->version);
+    body->set_increasemode(record->increaseMode);
+    for (const auto& group : record->groups) {
+        auto* info = body->add_groupchats();
+        info->set_method(group.method);
+        info->set_uri(group.uri);
+        info->set_conversationid(group.conversationId);
+        info->set_subject(group.subject);
+    }
+    return 0;
+}
+
+IMS_NOTIFY(NotifyGroupInfoUpdate) {
+    IMS_LOGD("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    auto* record = static_cast<GroupInfoUpdateData*>(data);
+    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = notify.mutable_groupchatinfoupdated();
+    body->set_uri(record->uri);
+    auto* info = body->mutable_info();
+    info->set_sessionid(record->sessionId);
+    info->set_state(record->state);
+    info->set_subject(record->subject);
+    info->set_maxusercnt(record->maxUserCnt);
+    for (const auto& user : record->users) {
+        auto* wireUser = info->add_users();
+        wireUser->set_entity(user.entity);
+        wireUser->set_state(user.state);
+        wireUser->set_yourown(user.yourOwn);
+        wireUser->set_roles(user.roles);
+        wireUser->set_useralias(user.userAlias);
+        auto* endpoint = wireUser->mutable_endpoint();
+        endpoint->set_entity(user.endpoint.entity);
+        endpoint->set_status(user.endpoint.status);
+        if (!user.endpoint.disconnectMethod.empty())
+            endpoint->set_disconnectmethod(user.endpoint.disconnectMethod);
+        // Both blocks go out even when empty; of each only the time is told.
+        auto* joining = endpoint->mutable_joininginfo();
+        if (!user.joiningInfo.when.empty()) joining->set_when(user.joiningInfo.when);
+        auto* disconnection = endpoint->mutable_disconnectioninfo();
+        if (!user.disconnectionInfo.when.empty())
+            disconnection->set_when(user.disconnectionInfo.when);
+    }
+    return 0;
+}

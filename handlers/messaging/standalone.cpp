@@ -1,0 +1,154 @@
+// Standalone messages and files: sent to a list of participants without an
+// established chat session, each request carrying its session description,
+// content and addressees by value. Incoming standalone files and their
+// progress go through the file transfer handlers.
+#include <string>
+#include <vector>
+
+#include "handlers/handlers.h"
+#include "handlers/messaging/protobuf_data_translation.h"
+
+using namespace protobuf_data_translation;
+
+namespace {
+
+std::vector<ImParticipant> participantsFromWire(
+    const google::protobuf::RepeatedPtrField<imsCommonStruc::Participant>& wire) {
+    std::vector<ImParticipant> participants;
+    participants.reserve(static_cast<size_t>(wire.size()));
+    for (const auto& p : wire) participants.push_back(translateParticipant(p));
+    return participants;
+}
+
+// What a standalone request takes of the session: the addressees travel as
+// participants, so neither the handle nor the receivers nor the conference
+// flag apply.
+void fillStandaloneSession(FtSessionParam& session, const imsCommonStruc::BaseSessionData& wire) {
+    session.userAlias = wire.useralias();
+    session.contributionId = wire.contributionid();
+    session.conversationId = wire.conversationid();
+    session.inReplyToContributionId = wire.inreplytocontributionid();
+    session.preferredLineUri = wire.preferredlineuri();
+}
+
+}  // namespace
+
+IMS_DISPATCH(DispatchIMSendSlmMessage) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestsendimslmmessage();
+    const auto& wireSession = body.sessiondata();
+    const auto& wireMessage = body.messageparam();
+
+    auto* record = new RequestSendImSlmMessage(520);
+    record->handle = body.registrationhandle();
+    record->participants = participantsFromWire(body.participant());
+    fillStandaloneSession(record->session, wireSession);
+
+    ImMessage& message = record->message;
+    // The alias of a standalone message is the session's, not the message's.
+    message.userAlias = wireSession.useralias();
+    message.body = wireMessage.body();
+    message.contentType = wireMessage.contenttype();
+    message.imdn = translateFwImdnData(wireMessage.imdn());
+    message.deviceName = wireMessage.devicename();
+    message.reliableMessage = wireMessage.reliablemessage();
+    message.xmsMessage = wireMessage.xmsmessage();
+    message.extraFt = wireMessage.extraft();
+    message.isBurnMsg = wireMessage.isburnmsg();
+    message.isPublicAccountMsg = wireMessage.ispublicaccountmsg();
+
+    record->reportData.spamFrom = body.reportdata().spamfrom();
+    record->reportData.spamTo = body.reportdata().spamto();
+    record->reportData.spamDate = body.reportdata().spamdate();
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchSlmSendFile) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestsendslmfile();
+    const auto& wireSession = body.sessiondata();
+    const auto& wirePayload = body.payloadparam();
+
+    auto* record = new RequestSlmSendFile(521);
+    record->handle = body.registrationhandle();
+    record->participants = participantsFromWire(body.participant());
+    fillStandaloneSession(record->session, wireSession);
+    record->session.sessionUri = wireSession.sessionuri();
+    record->session.sdpContentType = wireSession.sdpcontenttype();
+
+    FtPayload& payload = record->payload;
+    const auto& wireFile = wirePayload.fileattr();
+    payload.fileAttr.name = wireFile.name();
+    payload.fileAttr.path = wireFile.path();
+    payload.fileAttr.contentType = wireFile.contenttype();
+    payload.fileAttr.size = wireFile.size();
+    // A standalone file always goes whole, whatever range the client names;
+    // an empty file wraps round to the largest offset, as unsigned arithmetic
+    // gives it.
+    payload.fileAttr.end = wireFile.size() - 1;
+    payload.imdn = translateFwImdnData(wirePayload.imdn());
+    payload.deviceName = wirePayload.devicename();
+    payload.reliableMessage = wirePayload.reliablemessage();
+    payload.extraFt = wirePayload.extraft();
+    payload.isBurnMsg = wirePayload.isburnmsg();
+    payload.isPublicAccountMsg = wirePayload.ispublicaccountmsg();
+    s_velar->OnRequest(token, record);
+}
+
+IMS_RESPONSE(ResponseSendImSlmMessage) {
+    IMS_LOGI("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    auto* record = static_cast<SendImSlmMessageRespData*>(data);
+    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = response.mutable_sendimslmmessageresp();
+    body->set_imdnmessageid(record->imdnMessageId);
+    SetImError(body->mutable_imerror(), record->error);
+    if (record->retry.retryTimer != -1) SetRetryHdr(body->mutable_retryhdr(), record->retry);
+    if (record->warning.code != -1) SetWarningHdr(body->mutable_warninghdr(), record->warning);
+    return 0;
+}
+
+IMS_RESPONSE(PrepareResponseSlmSendFile) {
+    if (logLevel > 1)
+        IMS_LOGD("%s: ",
+                 methodName("int PrepareResponseSlmSendFile(uint32_t, imsCommonStruc::Response&, "
+                            "ImsData*)")
+                     .c_str());
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    auto* record = static_cast<SendSlmFileRespData*>(data);
+    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = response.mutable_sendslmfileresp();
+    body->set_sessionhandle(record->handle);
+    body->set_imdnmessageid(record->imdnMessageId);
+    SetImError(body->mutable_imerror(), record->error);
+    return 0;
+}
+
+IMS_NOTIFY(PrepareNotifySlmIncoming) {
+    IMS_LOGV("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("null notification!");
+        return -1;
+    }
+    auto* record = static_cast<SlmIncomingData*>(data);
+    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = notify.mutable_slmmessageincoming();
+    auto* session = body->mutable_sessiondata();
+    session->set_preferredlineuri(record->session.preferredLineUri);
+    session->set_sessionhandle(record->session.sessionHandle);
+    session->set_contributionid(record->session.contributionId);
+    session->set_conversationid(record->session.conversationId);
+    for (const auto& receiver : record->session.receivers) session->add_receivers(receiver);
+    // The stack promises a message; should one ever be missing, the client
+    // still learns of the incoming session, with an empty message.
+    static const ImMessage kNoMessage{};
+    translateStackImMessage(*body->mutable_msg(),
+                            record->message != nullptr ? *record->message : kNoMessage);
+    return 0;
+}
