@@ -6,26 +6,7 @@
 
 #define PENDING() __android_log_print(ANDROID_LOG_ERROR, "[IMS6.0]", "%s() not available", __func__)
 
-IMS_DISPATCH(DispatchXdmUpdateGbaData) {
-    (void)token;
-    (void)request;
-    (void)info;
-    PENDING();
-}
-IMS_RESPONSE(ResponseXdmGeneralResponse) {
-    (void)token;
-    (void)response;
-    (void)data;
-    PENDING();
-    return -1;
-}
 IMS_DISPATCH(DispatchXdmUpdateAkaResp) {
-    (void)token;
-    (void)request;
-    (void)info;
-    PENDING();
-}
-IMS_DISPATCH(DispatchXdmUpdateGbaKey) {
     (void)token;
     (void)request;
     (void)info;
@@ -36,52 +17,4 @@ IMS_DISPATCH(DispatchXdmFetchDocument) {
     (void)request;
     (void)info;
     PENDING();
-}
-IMS_DISPATCH(DispatchXdmUploadPresRules) {
-    (void)token;
-    (void)request;
-    (void)info;
-    PENDING();
-}
-IMS_DISPATCH(DispatchXdmUploadContacts) {
-    (void)token;
-    (void)request;
-    (void)info;
-    PENDING();
-}
-IMS_DISPATCH(DispatchXdmModifyContact) {
-    (void)token;
-    (void)request;
-    (void)info;
-    PENDING();
-}
-IMS_DISPATCH(DispatchXdmDeleteContact) {
-    (void)token;
-    (void)request;
-    (void)info;
-    PENDING();
-}
-IMS_NOTIFY(NotifyXdmGbaKey) {
-    (void)notify;
-    (void)data;
-    PENDING();
-    return -1;
-}
-IMS_NOTIFY(NotifyXdmAuth) {
-    (void)notify;
-    (void)data;
-    PENDING();
-    return -1;
-}
-IMS_NOTIFY(NotifyXdmStoreGbaAndGenKey) {
-    (void)notify;
-    (void)data;
-    PENDING();
-    return -1;
-}
-IMS_NOTIFY(NotifyXdmContactDownload) {
-    (void)notify;
-    (void)data;
-    PENDING();
-    return -1;
 }
