@@ -19,6 +19,10 @@
 #include <mutex>
 #include <thread>
 #include <unordered_map>
+#include <map>
+#include <memory>
+#include <vector>
+#include <stdio.h>
 
 #define SIM_TAG "velar-sim"
 #define SIM_LOG(prio, ...) __android_log_print(prio, SIM_TAG, __VA_ARGS__)
@@ -250,6 +254,47 @@ struct AutoQueue {
 };
 AutoQueue& s_auto = *new AutoQueue;
 
+// VELAR_SIM_SCRIPT names a file of JSON lines {"after": <request id>,
+// "record": <record>}: in auto mode, once a request of that id is answered,
+// the stack delivers each such record as a notification, in file order.
+std::multimap<int, Json>& script() {
+    static auto* lines = new std::multimap<int, Json>;
+    return *lines;
+}
+
+void loadScript() {
+    const char* path = getenv("VELAR_SIM_SCRIPT");
+    if (path == nullptr || *path == '\0') return;
+    FILE* f = fopen(path, "r");
+    if (f == nullptr) {
+        SIM_LOG(ANDROID_LOG_ERROR, "cannot open script %s", path);
+        return;
+    }
+    char* line = nullptr;
+    size_t cap = 0;
+    int number = 0;
+    while (getline(&line, &cap, f) > 0) {
+        number++;
+        std::string text(line);
+        if (text.find_first_not_of(" \t\r\n") == std::string::npos || text[0] == '#') continue;
+        try {
+            Json j = Json::parse(text);
+            script().emplace(j.at("after").get<int>(), j.at("record"));
+        } catch (const std::exception& e) {
+            SIM_LOG(ANDROID_LOG_ERROR, "script %s line %d: %s", path, number, e.what());
+        }
+    }
+    free(line);
+    fclose(f);
+}
+
+std::vector<Json> scriptFor(int requestId) {
+    std::vector<Json> out;
+    auto range = script().equal_range(requestId);
+    for (auto it = range.first; it != range.second; ++it) out.push_back(it->second);
+    return out;
+}
+
 void autoThread() {
     for (;;) {
         std::pair<unsigned int, ImsData*> item;
@@ -259,11 +304,20 @@ void autoThread() {
             item = s_auto.items.front();
             s_auto.items.pop_front();
         }
+        int requestId = item.second->GetId();
         ImsData* answer = velar_sim::makeAutoAnswer(item.second);
         delete item.second;
         if (answer != nullptr) {
             s_env->onResponse(item.first, answer);
             delete answer;
+        }
+        for (const Json& record : scriptFor(requestId)) {
+            std::string error;
+            std::unique_ptr<ImsData> n(velar_sim::recordFromJson(record, &error));
+            if (n)
+                s_env->onNotify(n.get());
+            else
+                SIM_LOG(ANDROID_LOG_ERROR, "script record after %d: %s", requestId, error.c_str());
         }
     }
 }
@@ -329,6 +383,37 @@ void carryOut(const Json& msg) {
         else
             s_env->onNotify(record);
         delete record;
+    } else if (type == "burst") {
+        // Several stack threads notify at once: "threads" threads each deliver
+        // "count" copies of the record; done once every thread has finished.
+        int threads = 1;
+        int count = 1;
+        try {
+            if (auto v = msg.find("threads"); v != msg.end()) velar_sim::codec::decode(*v, threads, "threads");
+            if (auto v = msg.find("count"); v != msg.end()) velar_sim::codec::decode(*v, count, "count");
+        } catch (const velar_sim::codec::DecodeError& e) {
+            sendError(seq, e.message);
+            return;
+        }
+        auto rec = msg.find("record");
+        if (rec == msg.end() || threads < 1 || threads > 64 || count < 0) {
+            sendError(seq, "burst: needs a record, 1 to 64 threads and a count");
+            return;
+        }
+        std::unique_ptr<ImsData> probe(velar_sim::recordFromJson(*rec, &error));
+        if (!probe) {
+            sendError(seq, error);
+            return;
+        }
+        std::vector<std::thread> workers;
+        for (int t = 0; t < threads; t++) {
+            workers.emplace_back([&rec, count] {
+                std::string err;
+                std::unique_ptr<ImsData> record(velar_sim::recordFromJson(*rec, &err));
+                for (int i = 0; i < count; i++) s_env->onNotify(record.get());
+            });
+        }
+        for (auto& w : workers) w.join();
     } else if (type == "config") {
         try {
             if (auto l = msg.find("logLevel"); l != msg.end()) {
@@ -417,6 +502,7 @@ int Velar::Init(IMS_Env* env) {
         std::thread(controlReader).detach();
         SIM_LOG(ANDROID_LOG_INFO, "controlled by %s", path);
     } else {
+        loadScript();
         std::thread(autoThread).detach();
         SIM_LOG(ANDROID_LOG_INFO, "auto mode");
     }

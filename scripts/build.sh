@@ -1,0 +1,15 @@
+#!/usr/bin/env bash
+# Configures and builds one flavour into build/<flavour>:
+#   release (default), asan (ASan+UBSan), tsan.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+flavour=${1:-release}
+case "$flavour" in
+  release) args=(-DCMAKE_BUILD_TYPE=Release) ;;
+  asan) args=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELARD_SANITIZE=address) ;;
+  tsan) args=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELARD_SANITIZE=thread) ;;
+  *) echo "unknown flavour $flavour" >&2; exit 2 ;;
+esac
+shift || true
+cmake -S . -B "build/$flavour" -G Ninja "${args[@]}" >/dev/null
+ninja -C "build/$flavour" -j"${JOBS:-$(nproc)}" "$@"
