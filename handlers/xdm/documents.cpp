@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "handlers/handlers.h"
+#include "handlers/messaging/protobuf_data_translation.h"
 
 namespace {
 
@@ -30,6 +31,25 @@ Contact* ConvertContact(const imsCommonStruc::Contact& wire) {
 }
 
 }  // namespace
+
+IMS_DISPATCH(DispatchXdmFetchDocument) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestxdmfetchdocument();
+    NodeSelectorData selector;
+    if (body.has_nodeselector()) {
+        const auto& wire = body.nodeselector();
+        selector.node = wire.node();
+        selector.pos = wire.pos();
+        selector.attr = wire.attr();
+        selector.attrVal = wire.attrval();
+    }
+    auto* record = new XdmFetchDocumentData(804, static_cast<int>(body.rid()), body.impu());
+    record->type = static_cast<int>(protobuf_data_translation::translateXdmDocType(body.type()));
+    record->name = body.name();
+    record->accessToken = body.accesstoken();
+    record->nodeSelector = selector;
+    s_velar->OnRequest(token, record);
+}
 
 IMS_DISPATCH(DispatchXdmUploadPresRules) {
     IMS_LOGI("%s()", __func__);

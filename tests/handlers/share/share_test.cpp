@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "tests/support/in_process.h"
@@ -202,4 +203,16 @@ TEST(ShareNotify, NullRecordSendsNothing) {
     ims::Response r;
     EXPECT_EQ(s_commandMap.at(1101).responseFunction(1, r, nullptr), -1);
     EXPECT_TRUE(log.contains("E [IMS6.0]: invalid response: NULL"));
+}
+
+// Auto mode must answer with the record the response handler reads: any other
+// class would be misread by it.
+TEST(ShareAutoMode, AnswersWithTheFamilysRecord) {
+    for (int id : {1001, 1002, 1003, 1101, 1102, 1103}) {
+        PrimitiveData<int> request(id, 0);
+        std::unique_ptr<ImsData> answer(velar_sim::makeAutoAnswer(&request));
+        ASSERT_NE(answer, nullptr) << id;
+        EXPECT_EQ(velar_sim::recordToJson(answer.get())["class"], "CshResultData") << id;
+        EXPECT_EQ(answer->GetId(), id);
+    }
 }

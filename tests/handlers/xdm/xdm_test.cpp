@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -196,16 +197,77 @@ TEST(XdmRequests, RequestsBecomeTheirRecords) {
     for (auto& c : cases) EXPECT_EQ(dispatchOne(c.request), c.expected) << c.name;
 }
 
-TEST(XdmRequests, GbaKeyIsLoggedOnlyAboveLevelOne) {
-    for (int level : {1, 2}) {
-        LogLevel l(level);
-        LogCapture log;
-        dispatch(request(803, [](ims::Request& r) {
-            r.mutable_requestxdmupdategbakey()->set_gbakey("secret-key");
-        }));
-        EXPECT_TRUE(log.contains("I [IMS6.0]: DispatchXdmUpdateGbaKey()"));
-        EXPECT_EQ(log.contains("D [IMS6.0]: DispatchXdmUpdateGbaKey() secret-key"), level > 1)
-            << level;
+TEST(XdmRequests, AkaAnswerGoesInTheRegistrationRecord) {
+    auto r = request(802, [](ims::Request& r) {
+        auto* a = r.mutable_requestxdmupdateakaresp();
+        a->set_sid(0x80000001u);
+        a->set_akaresp(std::string("res\0\xff", 5));
+        a->set_recvmng(3);
+    });
+    EXPECT_EQ(dispatchOne(r),
+              R"({"class":"RegiAuth","id":802,"args":[3,-2147483647,"","res\u0000\u00ff"]})"_oj);
+}
+
+TEST(XdmRequests, FetchTranslatesTheTypeAndDefaultsTheSelector) {
+    struct Case {
+        int wireType;
+        bool withSelector;
+        const char* expected;
+    };
+    // Wire 3 is past the stack's table and lands on its fallback.
+    std::vector<Case> cases = {
+        {0, false, R"({"class":"XdmFetchDocumentData","id":804,"fields":{"rid":11,
+            "impu":"sip:me","type":0,"name":"doc","accessToken":"tok",
+            "nodeSelector":{"node":"","pos":0,"attr":"","attrVal":""}}})"},
+        {1, true, R"({"class":"XdmFetchDocumentData","id":804,"fields":{"rid":11,
+            "impu":"sip:me","type":2,"name":"doc","accessToken":"tok",
+            "nodeSelector":{"node":"/list","pos":4,"attr":"name","attrVal":"friends"}}})"},
+        {2, false, R"({"class":"XdmFetchDocumentData","id":804,"fields":{"rid":11,
+            "impu":"sip:me","type":3,"name":"doc","accessToken":"tok",
+            "nodeSelector":{"node":"","pos":0,"attr":"","attrVal":""}}})"},
+        {3, false, R"({"class":"XdmFetchDocumentData","id":804,"fields":{"rid":11,
+            "impu":"sip:me","type":4,"name":"doc","accessToken":"tok",
+            "nodeSelector":{"node":"","pos":0,"attr":"","attrVal":""}}})"},
+    };
+    for (const auto& c : cases) {
+        auto r = request(804, [&c](ims::Request& r) {
+            auto* f = r.mutable_requestxdmfetchdocument();
+            f->set_rid(11);
+            f->set_impu("sip:me");
+            f->set_type(static_cast<ims::XdmDocType>(c.wireType));
+            f->set_name("doc");
+            f->set_accesstoken("tok");
+            if (c.withSelector) {
+                auto* n = f->mutable_nodeselector();
+                n->set_node("/list");
+                n->set_pos(4);
+                n->set_attr("name");
+                n->set_attrval("friends");
+            }
+        });
+        EXPECT_EQ(dispatchOne(r), Json::parse(c.expected)) << "wire type " << c.wireType;
+    }
+}
+
+TEST(XdmRequests, SecretsAreLoggedOnlyAboveLevelOne) {
+    struct Case {
+        int id;
+        std::function<void(ims::Request&)> build;
+        const char* line;
+    };
+    std::vector<Case> cases = {
+        {802, [](ims::Request& r) { r.mutable_requestxdmupdateakaresp()->set_akaresp("aka-resp"); },
+         "D [IMS6.0]: DispatchXdmUpdateAkaResp() aka-resp"},
+        {803, [](ims::Request& r) { r.mutable_requestxdmupdategbakey()->set_gbakey("secret-key"); },
+         "D [IMS6.0]: DispatchXdmUpdateGbaKey() secret-key"},
+    };
+    for (const auto& c : cases) {
+        for (int level : {1, 2}) {
+            LogLevel l(level);
+            LogCapture log;
+            dispatch(request(c.id, c.build));
+            EXPECT_EQ(log.contains(c.line), level > 1) << c.id << " at " << level;
+        }
     }
 }
 
@@ -364,4 +426,16 @@ TEST(XdmNotify, NullRecordSendsNothing) {
     ims::Response r;
     EXPECT_EQ(s_commandMap.at(804).responseFunction(1, r, nullptr), -1);
     EXPECT_TRUE(log.contains("E [IMS6.0]: invalid response: NULL"));
+}
+
+// Auto mode must answer with the record the response handler reads: any other
+// class would be misread by it.
+TEST(XdmAutoMode, AnswersWithTheFamilysRecord) {
+    for (int id : {801, 802, 803, 804, 805, 806, 807, 808}) {
+        PrimitiveData<int> request(id, 0);
+        std::unique_ptr<ImsData> answer(velar_sim::makeAutoAnswer(&request));
+        ASSERT_NE(answer, nullptr) << id;
+        EXPECT_EQ(velar_sim::recordToJson(answer.get())["class"], "XdmResponseData") << id;
+        EXPECT_EQ(answer->GetId(), id);
+    }
 }
