@@ -67,7 +67,8 @@ private:
 class DaemonFrameReader {
 public:
     // maxLength bounds the length word; a larger one is an error.
-    explicit DaemonFrameReader(uint32_t maxLength = kMaxDaemonFrameLength) : mMaxLength(maxLength) {}
+    explicit DaemonFrameReader(uint32_t maxLength = kMaxDaemonFrameLength)
+        : mMaxLength(maxLength) {}
 
     void Append(const void* data, size_t len) { mQueue.Append(data, len); }
     ReadResult Next(DaemonFrame* out);

@@ -19,15 +19,9 @@ namespace {
 constexpr size_t kMaxLine = PIPE_BUF;
 
 char PriorityLetter(int prio) {
-    switch (prio) {
-        case ANDROID_LOG_VERBOSE: return 'V';
-        case ANDROID_LOG_DEBUG: return 'D';
-        case ANDROID_LOG_INFO: return 'I';
-        case ANDROID_LOG_WARN: return 'W';
-        case ANDROID_LOG_ERROR: return 'E';
-        case ANDROID_LOG_FATAL: return 'F';
-        default: return '?';
-    }
+    // Indexed by priority: VERBOSE (2) to FATAL (7); anything else is '?'.
+    static const char kLetters[] = "??VDIWEF";
+    return prio >= ANDROID_LOG_VERBOSE && prio <= ANDROID_LOG_FATAL ? kLetters[prio] : '?';
 }
 
 }  // namespace
@@ -38,7 +32,9 @@ extern "C" int __android_log_print(int prio, const char* tag, const char* fmt, .
 
     char line[kMaxLine];
     int n = snprintf(line, sizeof line, "%c %s: ", PriorityLetter(prio), tag ? tag : "");
-    size_t len = n < 0 ? 0 : (static_cast<size_t>(n) < sizeof line ? static_cast<size_t>(n) : sizeof line - 1);
+    size_t len =
+        n < 0 ? 0
+              : (static_cast<size_t>(n) < sizeof line ? static_cast<size_t>(n) : sizeof line - 1);
 
     if (fmt != nullptr && len < sizeof line - 1) {
         va_list ap;

@@ -207,7 +207,7 @@ TEST(CoreEndToEnd, TheLossOfTheClientEndsTheProcessWithMinusOne) {
         Daemon d;
         if (!c.lastBytes.empty()) d.sendRaw(c.lastBytes);
         if (std::string(c.name) != "record over the limit") d.closeClient();
-        EXPECT_EQ(d.waitExit(5000), 255) << c.name;
+        EXPECT_EQ(d.waitExit(20000), 255) << c.name;
         std::string log = d.log();
         EXPECT_NE(log.find(c.logLine), std::string::npos) << c.name << "\n" << log;
         EXPECT_NE(log.find("OnCommandsSocketClosed: reset velard"), std::string::npos) << c.name;
@@ -248,7 +248,7 @@ TEST(CoreEndToEnd, MissingSocketOrStackEndsStartUp) {
         o.connect = false;
         o.env = c.env;
         Daemon d(o);
-        EXPECT_EQ(d.waitExit(5000), 255) << c.name;
+        EXPECT_EQ(d.waitExit(20000), 255) << c.name;
         EXPECT_NE(d.log().find(c.logLine), std::string::npos) << c.name;
     }
 }

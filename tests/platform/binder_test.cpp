@@ -9,14 +9,6 @@
 
 namespace {
 
-TEST(Binder, ProcessStateIsOneInstance) {
-    android::sp<android::ProcessState> a = android::ProcessState::self();
-    android::sp<android::ProcessState> b = android::ProcessState::self();
-    ASSERT_NE(a.get(), nullptr);
-    EXPECT_EQ(a.get(), b.get());
-    a->startThreadPool();  // returns at once
-}
-
 // The daemon's main thread ends in joinThreadPool; returning from it would
 // end the daemon.
 TEST(Binder, JoinThreadPoolNeverReturns) {

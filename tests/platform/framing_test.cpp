@@ -15,21 +15,16 @@ std::string Bytes(std::initializer_list<int> b) {
     return s;
 }
 
-TEST(Framing, ClientRecordLayout) {
-    EXPECT_EQ(vf::EncodeClientRecord(7, "abc"),
-              Bytes({0, 0, 0, 11, 0, 0, 0, 0, 7, 0, 0, 0}) + "abc");
-    EXPECT_EQ(vf::EncodeClientRecord(0xA1B2C3D4, "", 0x01020304),
-              Bytes({0, 0, 0, 8, 4, 3, 2, 1, 0xD4, 0xC3, 0xB2, 0xA1}));
-    // The big-endian length really is big-endian past the low byte.
-    EXPECT_EQ(vf::EncodeClientRecord(1, std::string(0x1234, 'x')).substr(0, 4), Bytes({0, 0, 0x12, 0x3C}));
-}
-
-TEST(Framing, DaemonFrameLayout) {
+TEST(Framing, Layouts) {
+    EXPECT_EQ(vf::EncodeClientRecord(0xA1B2C3D4, "abc", 0x01020304),
+              Bytes({0, 0, 0, 11, 4, 3, 2, 1, 0xD4, 0xC3, 0xB2, 0xA1}) + "abc");
+    EXPECT_EQ(vf::EncodeClientRecord(1, std::string(0x1234, 'x')).substr(0, 4),
+              Bytes({0, 0, 0x12, 0x3C}));
     std::string notify = vf::EncodeDaemonFrame(vf::kTypeNotify, 0, std::string(10, 'n'));
     ASSERT_EQ(notify.size(), 22u);
     EXPECT_EQ(notify.substr(0, 12), Bytes({18, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0}));
-    std::string response = vf::EncodeDaemonFrame(vf::kTypeResponse, 0x01020304, "");
-    EXPECT_EQ(response, Bytes({8, 0, 0, 0, 1, 0, 0, 0, 4, 3, 2, 1}));
+    EXPECT_EQ(vf::EncodeDaemonFrame(vf::kTypeResponse, 0x01020304, ""),
+              Bytes({8, 0, 0, 0, 1, 0, 0, 0, 4, 3, 2, 1}));
 }
 
 // Frames survive being fed in pieces of any size, and come out in order.
@@ -38,10 +33,11 @@ TEST(Framing, ReadersCutStreamsFedInPieces) {
         {1, "first"}, {2, ""}, {1, std::string(1000, 'z')}, {2, std::string("\0\1\0", 3)}};
     std::string daemonBytes, clientBytes;
     for (size_t i = 0; i < frames.size(); ++i) {
-        daemonBytes += vf::EncodeDaemonFrame(frames[i].first, static_cast<uint32_t>(i + 100), frames[i].second);
-        clientBytes += vf::EncodeClientRecord(static_cast<uint32_t>(i + 100), frames[i].second, frames[i].first);
+        uint32_t token = static_cast<uint32_t>(i + 100);
+        daemonBytes += vf::EncodeDaemonFrame(frames[i].first, token, frames[i].second);
+        clientBytes += vf::EncodeClientRecord(token, frames[i].second, frames[i].first);
     }
-    for (size_t piece : {size_t{1}, size_t{3}, size_t{7}, size_t{500}, daemonBytes.size()}) {
+    for (size_t piece : {size_t{1}, size_t{7}, size_t{500}, daemonBytes.size()}) {
         SCOPED_TRACE("piece " + std::to_string(piece));
         vf::DaemonFrameReader dr;
         vf::ClientRecordReader cr;
@@ -70,52 +66,41 @@ TEST(Framing, ReadersCutStreamsFedInPieces) {
     }
 }
 
-TEST(Framing, DaemonFrameLengthBounds) {
+TEST(Framing, LengthBounds) {
     struct Case {
+        bool client;  // fed to a ClientRecordReader, else a DaemonFrameReader
         std::string bytes;
         vf::ReadResult result;
     };
-    const std::string largest = vf::EncodeDaemonFrame(1, 1, std::string(vf::kMaxRecordLen - 12, 'p'));
     const Case cases[] = {
-        {"", vf::ReadResult::kNeedMore},
-        {Bytes({8, 0, 0}), vf::ReadResult::kNeedMore},
-        {Bytes({8, 0, 0, 0, 1, 0, 0}), vf::ReadResult::kNeedMore},
-        {Bytes({7, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0}), vf::ReadResult::kError},  // cannot hold type and token
-        {Bytes({0, 0, 0, 0}), vf::ReadResult::kError},
-        {largest, vf::ReadResult::kFrame},  // P + 12 == 0x80000
-        {Bytes({0xfd, 0xff, 0x07, 0}), vf::ReadResult::kError},  // one more
-        {Bytes({0xff, 0xff, 0xff, 0xff}), vf::ReadResult::kError},
+        {false, Bytes({8, 0, 0, 0, 1, 0, 0}), vf::ReadResult::kNeedMore},
+        {false, Bytes({7, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0}), vf::ReadResult::kError},  // no token
+        {false, vf::EncodeDaemonFrame(1, 1, std::string(vf::kMaxRecordLen - 12, 'p')),
+         vf::ReadResult::kFrame},                                       // P + 12 == 0x80000
+        {false, Bytes({0xfd, 0xff, 0x07, 0}), vf::ReadResult::kError},  // one more
+        {true, Bytes({0, 0, 0, 7, 0, 0, 0, 0, 0, 0, 0}), vf::ReadResult::kError},
+        {true, vf::EncodeClientRecord(1, std::string(vf::kMaxRecordLen - 8, 'p')),
+         vf::ReadResult::kFrame},
+        {true, Bytes({0, 0x08, 0, 1}), vf::ReadResult::kError},
     };
+    const std::string good = vf::EncodeDaemonFrame(1, 1, "x");
     for (const Case& c : cases) {
-        vf::DaemonFrameReader r;
-        r.Append(c.bytes.data(), c.bytes.size());
+        SCOPED_TRACE(std::to_string(c.bytes.size()) + " bytes");
+        vf::DaemonFrameReader dr;
+        vf::ClientRecordReader cr;
         vf::DaemonFrame f;
-        EXPECT_EQ(r.Next(&f), c.result) << c.bytes.size() << " bytes";
+        vf::ClientRecord r;
+        auto next = [&] { return c.client ? cr.Next(&r) : dr.Next(&f); };
+        auto append = [&](const std::string& b) {
+            c.client ? cr.Append(b.data(), b.size()) : dr.Append(b.data(), b.size());
+        };
+        append(c.bytes);
+        EXPECT_EQ(next(), c.result);
         if (c.result == vf::ReadResult::kError) {
-            EXPECT_FALSE(r.error().empty());
             // A broken stream stays broken, whatever follows.
-            std::string good = vf::EncodeDaemonFrame(1, 1, "x");
-            r.Append(good.data(), good.size());
-            EXPECT_EQ(r.Next(&f), vf::ReadResult::kError);
+            append(good);
+            EXPECT_EQ(next(), vf::ReadResult::kError);
         }
-    }
-}
-
-TEST(Framing, ClientRecordLengthBounds) {
-    struct Case {
-        std::string bytes;
-        vf::ReadResult result;
-    };
-    const Case cases[] = {
-        {Bytes({0, 0, 0, 7, 0, 0, 0, 0, 0, 0, 0}), vf::ReadResult::kError},
-        {vf::EncodeClientRecord(1, std::string(vf::kMaxRecordLen - 8, 'p')), vf::ReadResult::kFrame},
-        {Bytes({0, 0x08, 0, 1}), vf::ReadResult::kError},
-    };
-    for (const Case& c : cases) {
-        vf::ClientRecordReader r;
-        r.Append(c.bytes.data(), c.bytes.size());
-        vf::ClientRecord rec;
-        EXPECT_EQ(r.Next(&rec), c.result) << c.bytes.size() << " bytes";
     }
 }
 

@@ -13,7 +13,7 @@ namespace {
 TEST(PropertyGet, ReadsEnvironment) {
     struct Case {
         const char* key;
-        const char* envName;   // set before the call unless null
+        const char* envName;  // set before the call unless null
         const char* envValue;
         const char* dflt;
         std::string expected;
@@ -29,8 +29,10 @@ TEST(PropertyGet, ReadsEnvironment) {
         {"a.b-c..d", "VELARD_PROP_a_b-c__d", "odd", nullptr, "odd"},
         // Only the dotted name counts: the variable named after the raw key is not read.
         {"ro.x", "VELARD_PROP_ro.x", "wrong", "right", "right"},
-        {"long.value", "VELARD_PROP_long_value", longValue.c_str(), nullptr, longValue.substr(0, PROPERTY_VALUE_MAX - 1)},
-        {"long.default", nullptr, nullptr, longValue.c_str(), longValue.substr(0, PROPERTY_VALUE_MAX - 1)},
+        {"long.value", "VELARD_PROP_long_value", longValue.c_str(), nullptr,
+         longValue.substr(0, PROPERTY_VALUE_MAX - 1)},
+        {"long.default", nullptr, nullptr, longValue.c_str(),
+         longValue.substr(0, PROPERTY_VALUE_MAX - 1)},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.key);
@@ -51,10 +53,7 @@ TEST(MultiuserGetUid, UserTimesOffsetPlusAppId) {
         uid_t uid;
     };
     const Case cases[] = {
-        {0, 0, 0},
-        {0, 1000, 1000},
-        {0, 10057, 10057},
-        {10, 10057, 1010057},
+        {0, 0, 0},           {0, 1000, 1000}, {0, 10057, 10057}, {10, 10057, 1010057},
         {1, 123456, 123456},  // app id taken modulo the per-user range
         {2, 99999, 299999},
     };

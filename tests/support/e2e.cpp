@@ -136,7 +136,7 @@ Daemon::Daemon(const Options& options) {
         _exit(127);
     }
     close(listenFd);
-    auto deadline = Clock::now() + std::chrono::seconds(5);
+    auto deadline = Clock::now() + std::chrono::seconds(30);
     if (options.controlled) {
         pollfd pfd{controlListen_, POLLIN, 0};
         if (poll(&pfd, 1, remainingMs(deadline)) <= 0)
@@ -148,6 +148,13 @@ Daemon::Daemon(const Options& options) {
         while ((client_ = connectClient()) < 0) {
             if (remainingMs(deadline) == 0) throw std::runtime_error("cannot connect to velard");
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        // connect() returns once the kernel has queued the connection; until
+        // the loop has accepted it, the daemon has no client and drops what
+        // the stack sends. Wait for its word that it has one.
+        while (log().find("new connection") == std::string::npos) {
+            if (remainingMs(deadline) == 0) throw std::runtime_error("velard never accepted");
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
         }
     }
 }
@@ -261,7 +268,7 @@ Json Daemon::control(Json message) {
     message["seq"] = seq;
     writeAll(control_, message.dump() + "\n");
     for (;;) {
-        Json j = readControl(5000);
+        Json j = readControl(30000);
         std::string type = j.value("type", "");
         if (type == "request") {
             requests_.push_back(j);

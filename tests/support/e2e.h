@@ -46,7 +46,7 @@ public:
     // Client side.
     void send(const imsCommonStruc::Request& request, uint32_t token);
     void sendRaw(const std::string& bytes);
-    Frame nextFrame(int timeoutMs = 3000);  // throws on timeout or end of stream
+    Frame nextFrame(int timeoutMs = 10000);  // throws on timeout or end of stream
     // True when no frame arrives within the time.
     bool expectNoFrame(int timeoutMs = 200);
     void closeClient();
@@ -54,7 +54,7 @@ public:
     int connectClient();  // another connection to the same socket; returns its fd
 
     // Controller side.
-    Json nextStackRequest(int timeoutMs = 3000);  // {"type":"request","token":T,"record":R}
+    Json nextStackRequest(int timeoutMs = 10000);  // {"type":"request","token":T,"record":R}
     bool expectNoStackRequest(int timeoutMs = 200);
     // Each waits for the simulator's "done" (or throws on its "error").
     void respond(uint32_t token, const Json& record);
@@ -67,7 +67,7 @@ public:
     // The process.
     pid_t pid() const { return pid_; }
     // Exit status (as in WEXITSTATUS, or 128 + signal); -1 on timeout.
-    int waitExit(int timeoutMs = 3000);
+    int waitExit(int timeoutMs = 10000);
     std::string log() const;
     std::string socketPath() const { return dir_ + "/velard.sock"; }
 

@@ -1,0 +1,389 @@
+// The host tools run as separate processes: velard-host with small shell
+// daemons and a fake daemon, imsctl against a daemon played by the test.
+#include <fcntl.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "framing.h"
+
+namespace fs = std::filesystem;
+namespace vf = velard_framing;
+using namespace std::chrono_literals;
+
+namespace {
+
+std::string Bytes(std::initializer_list<int> b) {
+    std::string s;
+    for (int c : b) s.push_back(static_cast<char>(c));
+    return s;
+}
+
+// A wire Response {resid: 103, generalResponse {handle: 5, result: RESULT_SUCCESS}}.
+const std::string kGeneralResponse = Bytes({0x08, 103, 0x12, 0x04, 0x08, 0x05, 0x10, 0x00});
+const char kGeneralResponseJson[] =
+    R"({"resid":"REQ_UA_DELETION","generalResponse":{"handle":5,"result":"RESULT_SUCCESS"}})";
+
+std::string ReadFile(const fs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    std::stringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+std::vector<std::string> Lines(const std::string& text) {
+    std::vector<std::string> out;
+    std::istringstream in(text);
+    std::string line;
+    while (std::getline(in, line)) out.push_back(line);
+    return out;
+}
+
+bool WaitFor(const std::function<bool()>& cond, std::chrono::milliseconds limit = 5000ms) {
+    auto until = std::chrono::steady_clock::now() + limit;
+    while (!cond()) {
+        if (std::chrono::steady_clock::now() > until) return false;
+        std::this_thread::sleep_for(10ms);
+    }
+    return true;
+}
+
+// A UNIX stream socket bound at path, not listening; -1 on failure.
+int BoundSocket(const fs::path& path) {
+    int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un addr{};
+    addr.sun_family = AF_UNIX;
+    strncpy(addr.sun_path, path.c_str(), sizeof addr.sun_path - 1);
+    if (bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0) {
+        close(fd);
+        return -1;
+    }
+    return fd;
+}
+
+class TempDir {
+public:
+    TempDir() {
+        char tmpl[] = "/tmp/velard-test-XXXXXX";
+        mPath = mkdtemp(tmpl);
+    }
+    ~TempDir() { fs::remove_all(mPath); }
+    const fs::path& path() const { return mPath; }
+
+    fs::path Script(const std::string& name, const std::string& body) const {
+        fs::path p = mPath / name;
+        std::ofstream(p) << "#!/bin/sh\n" << body << "\n";
+        fs::permissions(p, fs::perms::owner_all);
+        return p;
+    }
+
+private:
+    fs::path mPath;
+};
+
+// A child process with stdin from a string and stdout/stderr kept in files.
+class Child {
+public:
+    Child(const TempDir& dir, std::vector<std::string> argv, const std::string& input = "")
+        : mOut(dir.path() / ("out" + std::to_string(++sCount))),
+          mErr(dir.path() / ("err" + std::to_string(sCount))) {
+        fs::path in = dir.path() / ("in" + std::to_string(sCount));
+        std::ofstream(in) << input;
+        // Everything is ready before fork: the test may have threads running.
+        std::vector<char*> args;
+        for (auto& a : argv) args.push_back(a.data());
+        args.push_back(nullptr);
+        int i = open(in.c_str(), O_RDONLY | O_CLOEXEC);
+        int o = open(mOut.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+        int e = open(mErr.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+        mPid = fork();
+        if (mPid == 0) {
+            // A group of its own, so that a stray kill(0, ...) below it
+            // cannot reach the test runner.
+            setpgid(0, 0);
+            dup2(i, 0);
+            dup2(o, 1);
+            dup2(e, 2);
+            execv(args[0], args.data());
+            _exit(126);
+        }
+        close(i);
+        close(o);
+        close(e);
+    }
+    ~Child() {
+        if (mPid > 0 && !mDone) {
+            kill(mPid, SIGKILL);
+            waitpid(mPid, nullptr, 0);
+        }
+    }
+
+    void Signal(int sig) const { kill(mPid, sig); }
+
+    // Raw wait status, or -1 if the child is still running after the limit.
+    int Wait(std::chrono::milliseconds limit = 10000ms) {
+        auto until = std::chrono::steady_clock::now() + limit;
+        for (;;) {
+            pid_t r = waitpid(mPid, &mStatus, WNOHANG);
+            if (r == mPid) {
+                mDone = true;
+                return mStatus;
+            }
+            if (std::chrono::steady_clock::now() > until) return -1;
+            std::this_thread::sleep_for(5ms);
+        }
+    }
+
+    std::string Out() const { return ReadFile(mOut); }
+    std::string Err() const { return ReadFile(mErr); }
+
+private:
+    static inline int sCount = 0;
+    pid_t mPid = -1;
+    int mStatus = 0;
+    bool mDone = false;
+    fs::path mOut, mErr;
+};
+
+// velard-host itself exited (not killed) with this code.
+::testing::AssertionResult ExitedWith(int status, int code) {
+    if (status == -1) return ::testing::AssertionFailure() << "still running";
+    if (!WIFEXITED(status)) return ::testing::AssertionFailure() << "raw status " << status;
+    if (WEXITSTATUS(status) != code)
+        return ::testing::AssertionFailure() << "exit code " << WEXITSTATUS(status);
+    return ::testing::AssertionSuccess();
+}
+
+// ---------------------------------------------------------------- velard-host
+
+// What the daemon finds when it starts: the socket in ANDROID_SOCKET_velard,
+// open to everyone, not yet listening, the extra variables, a session of its
+// own; a stale socket at the path has been replaced. Each failed check has
+// its own exit code.
+TEST(VelardHost, DaemonInheritsSocketAndEnvironment) {
+    TempDir dir;
+    fs::path sock = dir.path() / "velard.sock";
+    ASSERT_EQ(close(BoundSocket(sock)), 0);
+    fs::path daemon = dir.Script("daemon", R"sh(
+fd="$ANDROID_SOCKET_velard"
+[ -n "$fd" ] || exit 10
+[ -S "/proc/self/fd/$fd" ] || exit 11
+ino=$(stat -L -c %i "/proc/self/fd/$fd")
+# Bound at the path, and not listening yet (flags 00010000 would say so).
+[ "$(awk -v ino="$ino" '$7 == ino { print $4, $8 }' /proc/net/unix)" = "00000000 $SOCK" ] || exit 12
+[ "$(stat -c %a "$SOCK")" = 666 ] || exit 13
+[ "$EXTRA" = "a=b c" ] || exit 14
+[ "$(cut -d' ' -f6 /proc/$$/stat)" -eq $$ ] || exit 15
+exit 3)sh");
+    Child host(dir, {VELARD_HOST_BIN, "--socket", sock, "--once", "--daemon", daemon, "--",
+                     "EXTRA=a=b c", "SOCK=" + sock.string()});
+    EXPECT_TRUE(ExitedWith(host.Wait(), 3)) << host.Err();
+    EXPECT_FALSE(fs::exists(sock));
+}
+
+TEST(VelardHost, OnceExitsWithDaemonStatus) {
+    struct Case {
+        const char* daemon;
+        int code;
+    };
+    const Case cases[] = {
+        {"exit 0", 0},
+        {"exit 7", 7},
+        {"exit 255", 255},
+        {"kill -TERM $$", 128 + SIGTERM},
+        // The daemon's last resort on a fatal error; it reaches only its own
+        // process group, never velard-host.
+        {"kill -KILL 0", 128 + SIGKILL},
+    };
+    for (const Case& c : cases) {
+        TempDir dir;
+        Child host(dir, {VELARD_HOST_BIN, "--socket", dir.path() / "s", "--once", "--daemon",
+                         dir.Script("d", c.daemon)});
+        EXPECT_TRUE(ExitedWith(host.Wait(), c.code)) << c.daemon << "\n" << host.Err();
+    }
+}
+
+// Something else at the socket path is left alone; a daemon that cannot be
+// run is not restarted over and over.
+TEST(VelardHost, RefusesToStart) {
+    TempDir dir;
+    fs::path file = dir.path() / "file";
+    std::ofstream(file) << "keep me";
+    Child onFile(dir, {VELARD_HOST_BIN, "--socket", file, "--daemon", dir.Script("d", "exit 0")});
+    EXPECT_TRUE(ExitedWith(onFile.Wait(), 1)) << onFile.Err();
+    EXPECT_EQ(ReadFile(file), "keep me");
+
+    Child noDaemon(dir, {VELARD_HOST_BIN, "--socket", dir.path() / "s", "--daemon", "/none"});
+    EXPECT_TRUE(ExitedWith(noDaemon.Wait(), 127));
+    EXPECT_FALSE(fs::exists(dir.path() / "s"));
+}
+
+// A daemon that ends is started again on the same socket until velard-host
+// is told to stop; the stop signal reaches the daemon, velard-host waits for
+// it to finish and removes the socket.
+TEST(VelardHost, RestartsDaemonUntilStopped) {
+    TempDir dir;
+    fs::path sock = dir.path() / "s", starts = dir.path() / "starts", mark = dir.path() / "mark";
+    fs::path daemon = dir.Script("d", "stat -L -c %i /proc/self/fd/$ANDROID_SOCKET_velard >> " +
+                                          starts.string() + R"sh(
+[ $(wc -l < )sh" + starts.string() + R"sh() -lt 3 ] && exit 1
+trap "sleep 0.2; touch )sh" + mark.string() +
+                                          R"sh(; exit 0" TERM
+while :; do sleep 0.05; done)sh");
+    Child host(dir, {VELARD_HOST_BIN, "--socket", sock, "--daemon", daemon});
+    ASSERT_TRUE(WaitFor([&] { return Lines(ReadFile(starts)).size() == 3; })) << host.Err();
+    EXPECT_TRUE(fs::is_socket(sock));
+    std::this_thread::sleep_for(100ms);  // let the third one set its trap
+    host.Signal(SIGTERM);
+    EXPECT_TRUE(ExitedWith(host.Wait(), 0)) << host.Err();
+    EXPECT_TRUE(fs::exists(mark));
+    EXPECT_FALSE(fs::exists(sock));
+
+    auto inodes = Lines(ReadFile(starts));
+    EXPECT_EQ(inodes, std::vector<std::string>(3, inodes[0]));
+    EXPECT_NE(host.Err().find("daemon ended (exit status 1); restarting"), std::string::npos)
+        << host.Err();
+}
+
+// --------------------------------------------------------------------- imsctl
+
+// Frames from the daemon arrive in pieces and out of the ordinary; each
+// prints as it is, and one that cannot be read does not stop the ones after.
+TEST(Imsctl, PrintsWhateverTheDaemonSends) {
+    TempDir dir;
+    int listenFd = BoundSocket(dir.path() / "s");
+    ASSERT_EQ(listen(listenFd, 1), 0);
+    std::thread daemon([listenFd] {
+        int fd = accept(listenFd, nullptr, nullptr);
+        std::string bytes =
+            vf::EncodeDaemonFrame(vf::kTypeNotify, 0, Bytes({0x08, 0xa2, 0x9c, 0x01})) +
+            vf::EncodeDaemonFrame(vf::kTypeResponse, 9, Bytes({0x08, 0x8f, 0x4e})) +  // resid 9999
+            vf::EncodeDaemonFrame(vf::kTypeResponse, 10, Bytes({0xff, 0xff})) +
+            vf::EncodeDaemonFrame(5, 11, "ab") +
+            vf::EncodeDaemonFrame(vf::kTypeResponse, 12, kGeneralResponse);
+        for (char c : bytes) {
+            EXPECT_EQ(write(fd, &c, 1), 1);
+            std::this_thread::sleep_for(1ms);
+        }
+        char buf[64];
+        while (read(fd, buf, sizeof buf) > 0) {
+        }
+        close(fd);
+    });
+    Child ctl(dir, {IMSCTL_BIN, "--socket", dir.path() / "s", "--wait-ms", "800"});
+    EXPECT_TRUE(ExitedWith(ctl.Wait(), 0)) << ctl.Err();
+    daemon.join();
+    close(listenFd);
+    const std::vector<std::string> expected = {
+        R"({"frame":"notify","token":0,"message":{"notifyid":"NOTI_CANCEL_ALARM"}})",
+        R"({"frame":"response","token":9,"message":{"resid":9999}})",
+        R"({"frame":"response","token":10,"error":"payload is not a valid imsCommonStruc.Response","payload":"ffff"})",
+        R"({"frame":"unknown","type":5,"token":11,"error":"unknown frame type","payload":"6162"})",
+        std::string(R"({"frame":"response","token":12,"message":)") + kGeneralResponseJson + "}",
+    };
+    EXPECT_EQ(Lines(ctl.Out()), expected);
+    EXPECT_EQ(Lines(ctl.Err()).size(), 3u) << ctl.Err();
+}
+
+// A socket nobody listens on yet is retried for a while, then given up.
+TEST(Imsctl, FailsWithoutDaemon) {
+    TempDir dir;
+    int fd = BoundSocket(dir.path() / "idle");
+    Child ctl(dir, {IMSCTL_BIN, "--socket", dir.path() / "idle", "--connect-ms", "100"});
+    EXPECT_TRUE(ExitedWith(ctl.Wait(), 1));
+    EXPECT_NE(ctl.Err().find("cannot connect"), std::string::npos) << ctl.Err();
+    close(fd);
+}
+
+// ------------------------------------------------------------------- together
+
+// velard-host runs a daemon that listens on the socket it is given. A
+// scripted imsctl session with good and bad lines is served; the daemon ends
+// with its client, velard-host starts it again, and a second session is
+// served too.
+TEST(HostTools, SessionsAcrossDaemonRestart) {
+    TempDir dir;
+    fs::path sock = dir.path() / "velard", log = dir.path() / "log";
+    Child host(dir, {VELARD_HOST_BIN, "--socket", sock, "--daemon", FAKE_VELARD_BIN, "--",
+                     "FAKE_LOG=" + log.string()});
+    const std::string input = R"({"reqid":"REQ_UA_DELETION","requestUaDeletion":{"handle":5}})"
+                              "\n\n   # a comment\nnot json\n"  // 2-4
+                              R"({"reqid":103,"bogus":1})"
+                              "\n"  // 5
+                              R"({"token":4294967295,"reqid":103,"requestUaDeletion":{"handle":6}})"
+                              "\n"
+                              R"({"token":-1,"reqid":103})"
+                              "\n"  // 7
+                              R"({"token":4294967296,"reqid":103})"
+                              "\n"  // 8
+                              R"({"token":"7","reqid":103})"
+                              "\n"       // 9
+                              "[103]\n"  // 10
+                              R"({"requestUaDeletion":{"handle":5}})"
+                              "\n"  // 11
+                              R"({"reqid":"NO_SUCH_ID"})"
+                              "\n"  // 12
+                              R"({"sleep_ms":20})"
+                              "\n"  // 13
+                              R"({"sleep_ms":-5})"
+                              "\n"  // 14
+                              R"({"reqid":"REQ_UA_DELETION","requestUaDeletion":{"handle":7}})"
+                              "\r\n";
+    Child first(dir, {IMSCTL_BIN, "--socket", sock, "--wait-ms", "200"}, input);
+    EXPECT_TRUE(ExitedWith(first.Wait(), 0)) << first.Err() << host.Err();
+    Child second(dir, {IMSCTL_BIN, "--socket", sock, "--wait-ms", "200"},
+                 R"({"token":3,"reqid":"REQ_UA_DELETION","requestUaDeletion":{"handle":8}})");
+    EXPECT_TRUE(ExitedWith(second.Wait(), 0)) << second.Err() << host.Err();
+
+    // Requests without a token number themselves from 1, skipping the lines
+    // that were refused; each is echoed, and its answer printed after it.
+    EXPECT_EQ(Lines(ReadFile(log)),
+              (std::vector<std::string>{"1 0 086722020805", "4294967295 0 086722020806",
+                                        "2 0 086722020807", "3 0 086722020808"}));
+    auto out = Lines(first.Out() + second.Out());
+    ASSERT_EQ(out.size(), 8u) << first.Out() << second.Out();
+    const std::pair<const char*, int> sent[] = {{"1", 5}, {"4294967295", 6}, {"2", 7}, {"3", 8}};
+    for (const auto& [token, handle] : sent) {
+        auto request = std::find(
+            out.begin(), out.end(),
+            std::string(R"({"frame":"request","token":)") + token +
+                R"(,"message":{"reqid":"REQ_UA_DELETION","requestUaDeletion":{"handle":)" +
+                std::to_string(handle) + "}}}");
+        auto response = std::find(out.begin(), out.end(),
+                                  std::string(R"({"frame":"response","token":)") + token +
+                                      ",\"message\":" + kGeneralResponseJson + "}");
+        EXPECT_LT(request, response) << token;
+        EXPECT_NE(response, out.end()) << token;
+    }
+    std::vector<int> errorLines;
+    for (const auto& e : Lines(first.Err())) {
+        int n = 0;
+        ASSERT_EQ(sscanf(e.c_str(), "imsctl: line %d:", &n), 1) << e;
+        errorLines.push_back(n);
+    }
+    EXPECT_EQ(errorLines, (std::vector<int>{4, 5, 7, 8, 9, 10, 11, 12, 14})) << first.Err();
+
+    ASSERT_TRUE(WaitFor([&] { return host.Err().find("exit status 255") != std::string::npos; }));
+    host.Signal(SIGTERM);
+    EXPECT_TRUE(ExitedWith(host.Wait(), 0)) << host.Err();
+    EXPECT_FALSE(fs::exists(sock));
+}
+
+}  // namespace
