@@ -1,4 +1,80 @@
 // Records of the sms family.
 #pragma once
 
+#include <string>
+
 #include "shared_records.h"
+
+// An outgoing short message. The library has two constructors: the longer
+// one answers an earlier message and also takes inReplyTo.
+class SendMessageData : public ImsData {
+public:
+    SendMessageData(int recordId, int handle, const std::string& smsc, const std::string& localUri,
+                    const std::string& contentType, const std::string& contentSubType,
+                    int contentLen, const std::string& contentBody);
+    SendMessageData(int recordId, int handle, const std::string& smsc, const std::string& localUri,
+                    const std::string& contentType, const std::string& contentSubType,
+                    int contentLen, const std::string& contentBody, const std::string& inReplyTo);
+
+    int handle;
+    std::string smsc;
+    std::string localUri;
+    std::string contentType;
+    std::string contentSubType;
+    int contentLen;
+    std::string contentBody;
+    std::string inReplyTo;
+    // Which constructor built the record: the arguments shown are that
+    // constructor's, so that an empty inReplyTo stays apart from none.
+    bool withInReplyTo;
+
+    template <class V>
+    void velarArgs(V& v) {
+        v("handle", handle);
+        v("smsc", smsc);
+        v("localUri", localUri);
+        v("contentType", contentType);
+        v("contentSubType", contentSubType);
+        v("contentLen", contentLen);
+        v("contentBody", contentBody);
+        if (withInReplyTo) v("inReplyTo", inReplyTo);
+    }
+};
+
+// The framework's answer to an RP-ACK (notification 20003).
+#define VELAR_ARGS_RpAckResponse (handle, unsigned int), (callId, const std::string&)
+class RpAckResponse : public ImsData {
+public:
+    VELAR_RECORD_CONSTRUCTOR(RpAckResponse, VELAR_ARGS_RpAckResponse)
+};
+
+// The framework's answer to a received message (notification 20004).
+#define VELAR_ARGS_SmsReceiveResponse \
+    (handle, unsigned int), (callId, const std::string&), (status, int)
+class SmsReceiveResponse : public ImsData {
+public:
+    VELAR_RECORD_CONSTRUCTOR(SmsReceiveResponse, VELAR_ARGS_SmsReceiveResponse)
+};
+
+// The stack's answer to 401. A refused message is a good record too, with
+// its status code, text and retry delay.
+class SmsResponseData : public ImsData {
+public:
+    VELAR_FIELDS((mHandle, unsigned int), (mStatusCode, unsigned int), (mCallId, std::string),
+                 (mErrStr, std::string), (mRetryAfter, unsigned int))
+};
+
+// Notification 20003: the network's RP-ACK for a message sent.
+class SmsRpAckData : public ImsData {
+public:
+    VELAR_FIELDS((mCallId, std::string), (mAckCode, std::string), (mAckLen, unsigned int),
+                 (mContentType, std::string), (mContentSubType, std::string))
+};
+
+// Notification 20004: an incoming message.
+class ReceiveSmsData : public ImsData {
+public:
+    VELAR_FIELDS((mCallId, std::string), (mContent, std::string), (mContentType, std::string),
+                 (mContentSubType, std::string), (mLen, unsigned int), (mScUri, std::string),
+                 (mHandle, unsigned int))
+};

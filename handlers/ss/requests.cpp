@@ -1,0 +1,124 @@
+// Supplementary-service requests: reading and writing the subscriber's
+// diversion, barring, identity and waiting settings, and the upkeep the stack
+// needs for them (GBA key, DNS servers, route result, reset, simservs).
+#include <list>
+#include <string>
+
+#include "handlers/handlers.h"
+
+IMS_DISPATCH(DispatchSSGetDivInfo) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestgetssdivinfo();
+    s_velar->OnRequest(token, new SSGetDivInfo(301, body.sstype(), body.mediatype(), body.impu()));
+}
+
+IMS_DISPATCH(DispatchSSGetICBInfo) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestgetssicbinfo();
+    s_velar->OnRequest(token, new SSGetBarrInfo(302, body.sstype(), body.mediatype(), body.impu()));
+}
+
+IMS_DISPATCH(DispatchSSGetOCBInfo) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestgetssocbinfo();
+    s_velar->OnRequest(token, new SSGetBarrInfo(303, body.sstype(), body.mediatype(), body.impu()));
+}
+
+IMS_DISPATCH(DispatchSSGetOIPInfo) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestgetssoipinfo();
+    s_velar->OnRequest(token, new SSInfo(304, body.impu()));
+}
+
+IMS_DISPATCH(DispatchSSGetOIRInfo) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestgetssoirinfo();
+    s_velar->OnRequest(token, new SSInfo(305, body.impu()));
+}
+
+IMS_DISPATCH(DispatchSSGetCommWaitInfo) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestgetsscwinfo();
+    s_velar->OnRequest(token, new SSInfo(310, body.impu()));
+}
+
+IMS_DISPATCH(DispatchSSGetSDInfo) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestgetsssdinfo();
+    s_velar->OnRequest(token, new SSInfo(314, body.impu()));
+}
+
+IMS_DISPATCH(DispatchSSSetDivInfo) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestsetssdivinfo();
+    // In wire order, duplicates kept: the forwarding targets are the
+    // framework's list, not a set.
+    std::list<SS_FORWARD_TO> fwdElm(body.fwdelm().begin(), body.fwdelm().end());
+    s_velar->OnRequest(
+        token,
+        new SSSetDivInfo(306, body.serviceactivation(), static_cast<int>(body.noreplytimer()),
+                         body.ruleid(), static_cast<int>(body.cftype()), fwdElm, body.target(),
+                         body.mediatype(), body.impu(), body.deleterule()));
+}
+
+namespace {
+
+// Incoming and outgoing barring share one wire body; the record id tells them
+// apart. The wire's deleteRule has no place in the record and stays behind.
+void dispatchSetBarr(int id, uint32_t token, const imsCommonStruc::Request& request) {
+    const auto body = request.requestsetssbarrinfo();
+    s_velar->OnRequest(token, new SSSetBarrInfo(id, body.serviceactivation(), body.ruleid(),
+                                                static_cast<int>(body.cbtype()), body.mediatype(),
+                                                body.allow(), body.impu(), body.sibtarget()));
+}
+
+}  // namespace
+
+IMS_DISPATCH(DispatchSSSetICBInfo) {
+    IMS_LOGI("%s()", __func__);
+    dispatchSetBarr(307, token, request);
+}
+
+IMS_DISPATCH(DispatchSSSetOCBInfo) {
+    IMS_LOGI("%s()", __func__);
+    dispatchSetBarr(308, token, request);
+}
+
+IMS_DISPATCH(DispatchSSSetOIRInfo) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestsetssoirinfo();
+    s_velar->OnRequest(token, new SSSetOIRInfo(309, body.serviceactivation(), body.impu()));
+}
+
+IMS_DISPATCH(DispatchSSSetCommWaitInfo) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestsetsscwinfo();
+    s_velar->OnRequest(token, new SSSetCommWaitInfo(311, body.serviceactivation(), body.impu()));
+}
+
+IMS_DISPATCH(DispatchSSUpdateGbaKey) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestssupdategbakey();
+    if (logLevel > 1) IMS_LOGD("%s() %s", __func__, body.gbakey().c_str());
+    s_velar->OnRequest(token, new SSGbaKeyData(312, body.gbakey()));
+}
+
+IMS_DISPATCH(DispatchSSUpdateDns) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestssupdatedns();
+    std::list<std::string> dnsList(body.dnslist().begin(), body.dnslist().end());
+    if (logLevel > 1) IMS_LOGD("%s() %s", __func__, body.iface().c_str());
+    s_velar->OnRequest(token, new SSGetDns(313, dnsList, body.iface()));
+}
+
+IMS_DISPATCH(DispatchSSUpdateRouteResult) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestssupdaterouteresult();
+    s_velar->OnRequest(token, new PrimitiveData<bool>(315, body.result()));
+}
+
+IMS_DISPATCH(DispatchSSResetConfigure) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestssresetconfigure();
+    s_velar->OnRequest(token, new PrimitiveData<bool>(316, body.reset()));
+}
