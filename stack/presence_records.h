@@ -1,4 +1,174 @@
-// Records of the presence family.
+// Records of the presence family: the presence document as a tree of stack
+// objects, subscriptions, capability exchange, and what the stack hands up.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "shared_records.h"
+
+// One node of a presence document. It owns its attributes and children, which
+// the daemon appends after construction.
+#define VELAR_ARGS_Element_Attribute \
+    (name, const std::string&), (value, const std::string&), (nameSpace, const std::string&)
+#define VELAR_ARGS_Element \
+    (name, const std::string&), (value, const std::string&), (nameSpace, const std::string&)
+class Element {
+public:
+    class Attribute {
+    public:
+        VELAR_CONSTRUCTOR(Attribute, VELAR_ARGS_Element_Attribute)
+    };
+
+    VELAR_CONSTRUCTOR(Element, VELAR_ARGS_Element)
+    VELAR_MEMBERS((attributes, std::vector<Attribute*>), (elements, std::vector<Element*>))
+    ~Element();
+    Element(const Element&) = delete;
+    Element& operator=(const Element&) = delete;
+};
+
+// Each tuple takes over the elements of the vectors it is given.
+#define VELAR_ARGS_PersonTuple                                              \
+    (statusIcon, const std::string&), (extensions, std::vector<Element*>&), \
+        (notes, std::vector<Element*>&), (timestamp, const std::string&)
+class PersonTuple {
+public:
+    VELAR_CONSTRUCTOR(PersonTuple, VELAR_ARGS_PersonTuple)
+    ~PersonTuple();
+    PersonTuple(const PersonTuple&) = delete;
+    PersonTuple& operator=(const PersonTuple&) = delete;
+};
+
+class ServiceTuple {
+public:
+    // Made by the daemon as a local value; the tuple keeps its own copy.
+    class Status {
+    public:
+        virtual ~Status() = default;
+        VELAR_FIELDS((basic, std::string))
+    };
+
+#define VELAR_ARGS_ServiceTuple                                                                    \
+    (serviceId, const std::string&), (tupleId, const std::string&), (version, const std::string&), \
+        (description, const std::string&), (status, ServiceTuple::Status&),                        \
+        (mediaCapabilities, std::vector<Element*>&), (contacts, std::vector<Element*>&),           \
+        (extensions, std::vector<Element*>&), (notes, std::vector<Element*>&),                     \
+        (timestamp, const std::string&)
+    VELAR_CONSTRUCTOR(ServiceTuple, VELAR_ARGS_ServiceTuple)
+    ~ServiceTuple();
+    ServiceTuple(const ServiceTuple&) = delete;
+    ServiceTuple& operator=(const ServiceTuple&) = delete;
+};
+
+#define VELAR_ARGS_DeviceTuple                                                        \
+    (deviceId, const std::string&), (deviceCapabilities, std::vector<Element*>&),     \
+        (descriptions, std::vector<Element*>&), (extensions, std::vector<Element*>&), \
+        (notes, std::vector<Element*>&), (timestamp, const std::string&)
+class DeviceTuple {
+public:
+    VELAR_CONSTRUCTOR(DeviceTuple, VELAR_ARGS_DeviceTuple)
+    ~DeviceTuple();
+    DeviceTuple(const DeviceTuple&) = delete;
+    DeviceTuple& operator=(const DeviceTuple&) = delete;
+};
+
+// The root of a presence document; owns every tuple and note.
+#define VELAR_ARGS_Presentity                                                                     \
+    (uri, const std::string&), (personTuples, std::vector<PersonTuple*>&),                        \
+        (serviceTuples, std::vector<ServiceTuple*>&), (deviceTuples, std::vector<DeviceTuple*>&), \
+        (notes, std::vector<Element*>&), (timestamp, const std::string&)
+class Presentity {
+public:
+    VELAR_CONSTRUCTOR(Presentity, VELAR_ARGS_Presentity)
+    virtual ~Presentity();
+    Presentity(const Presentity&) = delete;
+    Presentity& operator=(const Presentity&) = delete;
+};
+
+// Requests 701 (publish) and 702 (withdrawal, with no presentity).
+class PresencePublishData : public ImsData {
+public:
+    PresencePublishData(int recordId, int handle_, Presentity* presentity_,
+                        unsigned int expireTime_, const std::string& eTag_)
+        : ImsData(recordId),
+          handle(handle_),
+          presentity(presentity_),
+          expireTime(expireTime_),
+          eTag(eTag_) {}
+    ~PresencePublishData() override { delete presentity; }
+    PresencePublishData(const PresencePublishData&) = delete;
+    PresencePublishData& operator=(const PresencePublishData&) = delete;
+    VELAR_FIELDS((handle, int), (presentity, Presentity*), (expireTime, unsigned int),
+                 (eTag, std::string))
+};
+
+// Requests 711 and 712.
+class PresenceSubscribeData : public ImsData {
+public:
+    VELAR_FIELDS((handle, int), (uris, std::vector<std::string>), (isAnonymous, bool),
+                 (isListSubscribe, bool), (subscriptionId, std::string), (gzipEnable, bool),
+                 (expires, unsigned int))
+};
+
+// Request 751.
+#define VELAR_ARGS_OptionsData \
+    (handle, int), (uri, std::string), (features, const std::vector<unsigned int>&)
+class OptionsData : public ImsData {
+public:
+    VELAR_RECORD_CONSTRUCTOR(OptionsData, VELAR_ARGS_OptionsData)
+};
+
+// Notifications 13002 and 13003.
+class PresencePublishStatusData : public ImsData {
+public:
+    VELAR_FIELDS((handle, unsigned int), (isSuccess, bool), (sipErrorCode, unsigned int),
+                 (sipErrorPhrase, std::string), (etag, std::string), (remoteExpires, unsigned int),
+                 (minExpires, unsigned int), (isRefresh, bool), (retryAfter, unsigned int))
+};
+
+class PresenceServiceData {
+public:
+    VELAR_FIELDS((serviceId, std::string), (version, std::string), (status, std::string),
+                 (mediaCapabilities, std::vector<std::string>))
+};
+
+class PresenceContactData {
+public:
+    PresenceContactData() = default;
+    ~PresenceContactData() {
+        for (PresenceServiceData* s : services) delete s;
+    }
+    PresenceContactData(const PresenceContactData&) = delete;
+    PresenceContactData& operator=(const PresenceContactData&) = delete;
+    VELAR_FIELDS((uri, std::string), (subscriptionState, std::string),
+                 (subscriptionFailureReason, std::string),
+                 (services, std::vector<PresenceServiceData*>), (rawPidf, std::string))
+};
+
+// Notification 13001.
+class PresenceNotifyData : public ImsData {
+public:
+    PresenceNotifyData() = default;
+    ~PresenceNotifyData() override {
+        for (PresenceContactData* c : contacts) delete c;
+    }
+    PresenceNotifyData(const PresenceNotifyData&) = delete;
+    PresenceNotifyData& operator=(const PresenceNotifyData&) = delete;
+    VELAR_FIELDS((handle, unsigned int), (subscriptionId, std::string),
+                 (contacts, std::vector<PresenceContactData*>))
+};
+
+// Notification 13004.
+class PresenceSubscribeStatusData : public ImsData {
+public:
+    VELAR_FIELDS((handle, unsigned int), (isSuccess, bool), (sipErrorCode, unsigned int),
+                 (sipErrorPhrase, std::string), (subscriptionId, std::string),
+                 (minExpires, unsigned int))
+};
+
+// Notification 15001.
+class OptionsReceivedData : public ImsData {
+public:
+    VELAR_FIELDS((sessionId, unsigned int), (remoteUri, std::string), (isResponse, bool),
+                 (success, bool), (reason, int), (tags, std::vector<unsigned int>))
+};

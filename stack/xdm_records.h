@@ -1,4 +1,151 @@
-// Records of the xdm family.
+// Records of the XDM family: documents, contacts, GBA and what the stack's
+// XDM engine hands up.
 #pragma once
 
+#include <map>
+#include <string>
+#include <vector>
+
 #include "shared_records.h"
+
+// The stack's contact: plain structures of strings, in the order of the
+// wire fields of the same names.
+struct ContactName {
+    VELAR_FIELDS((title, std::string), (givenName, std::string), (middleName, std::string),
+                 (familyName, std::string), (generationId, std::string), (displayName, std::string))
+};
+struct ContactAddress {
+    VELAR_FIELDS((type, std::string), (label, std::string), (addrStr, std::string),
+                 (country, std::string), (region, std::string), (locality, std::string),
+                 (street, std::string), (postCode, std::string))
+};
+struct ContactNumber {
+    VELAR_FIELDS((number, std::string), (type, std::string), (label, std::string))
+};
+struct ContactUri {
+    VELAR_FIELDS((uri, std::string), (type, std::string), (label, std::string))
+};
+struct ContactOrg {
+    VELAR_FIELDS((displayName, std::string), (entity, std::string), (unit, std::string))
+};
+struct Contact {
+    VELAR_FIELDS((contactId, std::string), (contactNames, std::vector<ContactName>),
+                 (contactAddresses, std::vector<ContactAddress>),
+                 (contactNumbers, std::vector<ContactNumber>),
+                 (contactUris, std::vector<ContactUri>), (contactOrgs, std::vector<ContactOrg>))
+};
+
+// Base of the document fetch (804), which the daemon completes after this
+// constructor.
+#define VELAR_ARGS_XdmData (rid, int), (impu, const std::string&)
+class XdmData : public ImsData {
+public:
+    VELAR_RECORD_CONSTRUCTOR(XdmData, VELAR_ARGS_XdmData)
+    template <class V>
+    void velarFields(V& v) {
+        v("rid", rid);
+        v("impu", impu);
+    }
+};
+
+struct NodeSelectorData {
+    VELAR_FIELDS((node, std::string), (pos, unsigned int), (attr, std::string),
+                 (attrVal, std::string))
+};
+
+// Request 804: shown by its fields (the base's first), as the daemon fills
+// them, not by the base's constructor arguments.
+class XdmFetchDocumentData : public XdmData {
+public:
+    XdmFetchDocumentData(int recordId, int rid_, const std::string& impu_)
+        : XdmData(recordId, rid_, impu_) {}
+    template <class V>
+    void velarArgs(V& v) = delete;
+    VELAR_FIELDS_EXTEND(XdmData, (type, int), (name, std::string), (accessToken, std::string),
+                        (nodeSelector, NodeSelectorData))
+};
+
+// Request 801.
+#define VELAR_ARGS_XdmGbaData (rid, int), (imsi, const std::string&), (gbaUiccSupported, bool)
+class XdmGbaData : public ImsData {
+public:
+    VELAR_RECORD_CONSTRUCTOR(XdmGbaData, VELAR_ARGS_XdmGbaData)
+};
+
+// Request 803.
+#define VELAR_ARGS_XdmKeyData (rid, int), (btid, const std::string&), (gbaKey, const std::string&)
+class XdmKeyData : public ImsData {
+public:
+    VELAR_RECORD_CONSTRUCTOR(XdmKeyData, VELAR_ARGS_XdmKeyData)
+};
+
+// Request 805.
+#define VELAR_ARGS_XdmPresRuleData \
+    (rid, int), (impu, const std::string&), (btid, const std::string&), (gbaKey, const std::string&)
+class XdmPresRuleData : public ImsData {
+public:
+    VELAR_RECORD_CONSTRUCTOR(XdmPresRuleData, VELAR_ARGS_XdmPresRuleData)
+};
+
+// Request 806; owns the contacts it is given.
+#define VELAR_ARGS_XdmContactData                                               \
+    (rid, int), (impu, const std::string&), (contacts, std::vector<Contact*>&), \
+        (uuid, const std::string&), (etag, const std::string&), (mtc, int)
+class XdmContactData : public ImsData {
+public:
+    VELAR_RECORD_CONSTRUCTOR(XdmContactData, VELAR_ARGS_XdmContactData)
+    ~XdmContactData() override;
+    XdmContactData(const XdmContactData&) = delete;
+    XdmContactData& operator=(const XdmContactData&) = delete;
+};
+
+// Requests 807 and 808 (with no contact); owns the contact.
+#define VELAR_ARGS_XdmModifyContactData                                      \
+    (rid, int), (impu, const std::string&), (contactId, const std::string&), \
+        (uuid, const std::string&), (etag, const std::string&), (contact, Contact*)
+class XdmModifyContactData : public ImsData {
+public:
+    VELAR_RECORD_CONSTRUCTOR(XdmModifyContactData, VELAR_ARGS_XdmModifyContactData)
+    ~XdmModifyContactData() override;
+    XdmModifyContactData(const XdmModifyContactData&) = delete;
+    XdmModifyContactData& operator=(const XdmModifyContactData&) = delete;
+};
+
+// The answer of requests 801 to 808.
+class XdmResponseData : public ImsData {
+public:
+    VELAR_FIELDS((rid, unsigned int), (success, bool), (reason, std::string),
+                 (result, std::map<std::string, std::string>), (statusCode, int),
+                 (etag, std::string), (retryAfter, std::string))
+};
+
+// Notification 14001. A string the daemon never reads stands between rid and
+// nafFqdn in the library's layout.
+class XdmGbaRequestData : public ImsData {
+public:
+    VELAR_FIELDS((rid, unsigned int), (nafFqdn, std::string), (hexProtocolId, std::string))
+};
+
+// Notification 14002. An unread field stands between nonce and sessionId.
+class XdmAuthData : public ImsData {
+public:
+    VELAR_FIELDS((recvMng, unsigned int), (nonce, std::string), (sessionId, unsigned int))
+};
+
+// Notification 14003. An unread string stands between rid and nonce.
+class XdmStoreGbaKeyData : public ImsData {
+public:
+    VELAR_FIELDS((rid, unsigned int), (nonce, std::string), (btid, std::string),
+                 (lifetime, std::string), (gbaType, std::string), (nafFqdn, std::string),
+                 (hexProtocolId, std::string))
+};
+
+// Notifications 14004 and 14005; owns the vector.
+class XdmContactListData : public ImsData {
+public:
+    XdmContactListData() = default;
+    ~XdmContactListData() override { delete contacts; }
+    XdmContactListData(const XdmContactListData&) = delete;
+    XdmContactListData& operator=(const XdmContactListData&) = delete;
+    VELAR_FIELDS((rid, unsigned int), (contacts, std::vector<Contact>*))
+};

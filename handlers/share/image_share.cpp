@@ -1,0 +1,107 @@
+// Image share sessions, and the content-sharing answer shared with video
+// share. Numbers (CshError, CshRejectReason) pass unchanged.
+#include <string>
+
+#include "handlers/handlers.h"
+
+IMS_DISPATCH(DispatchIshStartSession) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestishstartsession();
+    auto* record = new StartIshSession;
+    record->id = 1001;
+    record->registrationHandle = body.registrationhandle();
+    record->remoteUri = body.remoteuri();
+    record->filePath = body.filepath();
+    record->size = body.size();
+    record->contentType = body.contenttype();
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchIshAcceptSession) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestishacceptsession();
+    s_velar->OnRequest(token, new TupleData<int, std::string>(
+                                  1002, static_cast<int>(body.sessionid()), body.filepath()));
+}
+
+IMS_DISPATCH(DispatchIshStopSession) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestishstopsession();
+    // The stack takes no reason for stopping: the wire's reason stays here.
+    s_velar->OnRequest(token, new TupleData<int, std::string>(
+                                  1003, static_cast<int>(body.sessionid()), std::string()));
+}
+
+IMS_RESPONSE(ResponseCshGeneralResponse) {
+    IMS_LOGI("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    auto* record = static_cast<CshResultData*>(data);
+    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = response.mutable_cshgeneralresponse();
+    body->set_sessionid(record->sessionId);
+    body->set_error(static_cast<imsCommonStruc::CshError>(record->code));
+    return 0;
+}
+
+IMS_NOTIFY(NotifyIshIncomingSession) {
+    IMS_LOGV("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    auto* record = static_cast<IshIncomingData*>(data);
+    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = notify.mutable_ishincomingsession();
+    body->set_sessionid(record->sessionId);
+    body->set_remoteuri(record->remoteUri);
+    body->set_filename(record->fileName);
+    body->set_size(record->size);
+    body->set_contenttype(record->contentType);
+    return 0;
+}
+
+IMS_NOTIFY(NotifyIshSessionEstablished) {
+    IMS_LOGV("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    auto* record = static_cast<CshResultData*>(data);
+    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = notify.mutable_ishsessionestablished();
+    body->set_sessionid(record->sessionId);
+    body->set_error(static_cast<imsCommonStruc::CshError>(record->code));
+    return 0;
+}
+
+IMS_NOTIFY(NotifyIshSessionTerminated) {
+    IMS_LOGV("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    auto* record = static_cast<CshResultData*>(data);
+    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = notify.mutable_ishsessionterminated();
+    body->set_sessionid(record->sessionId);
+    body->set_reason(static_cast<imsCommonStruc::CshError>(record->code));
+    return 0;
+}
+
+IMS_NOTIFY(NotifyIshTransferProgress) {
+    IMS_LOGV("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    auto* record = static_cast<IshProgressData*>(data);
+    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* body = notify.mutable_ishtransferprogress();
+    body->set_sessionid(record->sessionId);
+    body->set_total(record->total);
+    body->set_transferred(record->transferred);
+    return 0;
+}

@@ -1,0 +1,31 @@
+// The client's answers to the XDM engine's authentication questions: GBA
+// data, the AKA response and the GBA key.
+#include <string>
+
+#include "handlers/handlers.h"
+
+IMS_DISPATCH(DispatchXdmUpdateGbaData) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestxdmupdategbadata();
+    s_velar->OnRequest(token, new XdmGbaData(801, static_cast<int>(body.rid()), body.imsi(),
+                                             body.gbauiccsupported()));
+}
+
+// The XDM engine takes its AKA answer in the registration's record, with sid
+// where registration has its handle and no nonce.
+IMS_DISPATCH(DispatchXdmUpdateAkaResp) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestxdmupdateakaresp();
+    if (logLevel > 1) IMS_LOGD("%s() %s", __func__, body.akaresp().c_str());
+    s_velar->OnRequest(
+        token, new RegiAuth(802, static_cast<RegiAuth::AKA_RESP_RECV_MANAGER>(body.recvmng()),
+                            static_cast<int>(body.sid()), std::string(), body.akaresp()));
+}
+
+IMS_DISPATCH(DispatchXdmUpdateGbaKey) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestxdmupdategbakey();
+    if (logLevel > 1) IMS_LOGD("%s() %s", __func__, body.gbakey().c_str());
+    s_velar->OnRequest(
+        token, new XdmKeyData(803, static_cast<int>(body.rid()), body.btid(), body.gbakey()));
+}
