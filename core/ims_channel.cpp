@@ -120,7 +120,9 @@ int SendRecord(const void* data, size_t length) {
     size_t written = 0;
     pthread_mutex_lock(&s_writeMutex);
     while (written < length) {
-        ssize_t n = write(fd, p + written, length - written);
+        // send rather than write: a client that has gone must show as EPIPE
+        // on this path, not as a SIGPIPE that kills the process.
+        ssize_t n = send(fd, p + written, length - written, MSG_NOSIGNAL);
         if (n < 0) {
             if (errno == EINTR) continue;
             if (errno == EAGAIN) {

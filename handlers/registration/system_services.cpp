@@ -1,6 +1,107 @@
 // Services the stack asks of the platform: DNS, alarms, certificates, access
 // network, location.
+#include <string>
+
 #include "handlers/handlers.h"
+
+IMS_DISPATCH(DispatchDnsQuery) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestdnsquery();
+    const int handle = static_cast<int>(body.handle());
+    auto* record = new DnsQueryData(106, handle, body.interface(), body.hostname(), body.type(),
+                                    body.transport(), body.family());
+    for (const auto& server : body.dnsserverlist()) record->dnsServers.push_back(server);
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchUpdateVceConfig) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestupdatevceconfig();
+    auto* record = new VceConfigData;
+    record->SetId(110);
+    record->handle = static_cast<int>(body.handle());
+    record->vceConfig = body.vceconfig();
+    s_velar->OnRequest(token, record);
+}
+
+IMS_DISPATCH(DispatchUpdatePani) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestupdatepani();
+    s_velar->OnRequest(
+        token, new PaniData(600, static_cast<int>(body.handle()), body.pani(), body.lastpani()));
+}
+
+IMS_DISPATCH(DispatchUpdateGeolocation) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestupdategeolocation();
+    // Only what the client sent; a field left out is an empty string.
+    auto sent = [](bool present, const std::string& value) {
+        return present ? value : std::string();
+    };
+    s_velar->OnRequest(
+        token,
+        new GeolocationData(
+            601, static_cast<int>(body.handle()), sent(body.has_latitude(), body.latitude()),
+            sent(body.has_longitude(), body.longitude()),
+            sent(body.has_altitude(), body.altitude()), sent(body.has_accuracy(), body.accuracy()),
+            sent(body.has_providertype(), body.providertype()),
+            sent(body.has_retentionexpires(), body.retentionexpires()),
+            sent(body.has_srsname(), body.srsname()), sent(body.has_radiusuom(), body.radiusuom()),
+            sent(body.has_os(), body.os()), sent(body.has_deviceid(), body.deviceid()),
+            sent(body.has_country(), body.country()), sent(body.has_a1(), body.a1()),
+            sent(body.has_a3(), body.a3()), sent(body.has_a6(), body.a6()),
+            sent(body.has_hno(), body.hno()), sent(body.has_pc(), body.pc()),
+            sent(body.has_locationtime(), body.locationtime())));
+}
+
+IMS_DISPATCH(DispatchAlarmWakeUp) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestalarmwakeup();
+    s_velar->OnRequest(token, new PrimitiveData<int>(901, static_cast<int>(body.id())));
+}
+
+IMS_DISPATCH(DispatchX509CertVerifyResult) {
+    const auto body = request.requestx509certverifyresult();
+    IMS_LOGI("%s() result %d", __func__, body.result() ? 1 : 0);
+    // The client's reason stays here: the stack takes the verdict alone.
+    s_velar->OnRequest(token, new PrimitiveData<bool>(902, body.result()));
+}
+
+IMS_DISPATCH(DispatchDeleteTcpClientSocket) {
+    IMS_LOGI("%s()", __func__);
+    const auto body = request.requestdeletetcpclientsocket();
+    s_velar->OnRequest(token, new DeleteTcpClientSocket(1300, static_cast<int>(body.handle())));
+}
+
+IMS_NOTIFY(NotifyDnsResponse) {
+    IMS_LOGV("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* record = static_cast<DnsResponseData*>(data);
+    auto* body = notify.mutable_dnsresponse();
+    body->set_hostname(record->hostname);
+    for (const auto& address : record->ipAddrList) body->add_ipaddrlist(address);
+    body->set_port(record->port);
+    body->set_handle(record->handle);
+    return 0;
+}
+
+IMS_NOTIFY(NotifyAlarmWakeUp) {
+    IMS_LOGV("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* record = static_cast<AlarmData*>(data);
+    auto* body = notify.mutable_alarmwakeup();
+    body->set_id(record->id);
+    body->set_delay(record->delay);
+    return 0;
+}
 
 IMS_NOTIFY(NotifyCancelAlarm) {
     IMS_LOGV("%s()", __func__);
@@ -11,5 +112,25 @@ IMS_NOTIFY(NotifyCancelAlarm) {
     notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
     auto* body = notify.mutable_cancelalarm();
     body->set_id(static_cast<uint32_t>(static_cast<PrimitiveData<int>*>(data)->value));
+    return 0;
+}
+
+IMS_NOTIFY(NotifyX509CertVerifyRequest) {
+    IMS_LOGV("%s()", __func__);
+    if (data == nullptr) {
+        IMS_LOGE("invalid response: NULL");
+        return -1;
+    }
+    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    auto* record = static_cast<X509VerifyData*>(data);
+    auto* body = notify.mutable_x509certverifyrequest();
+    for (const std::string* certificate : record->certificates) {
+        // A hole in the chain stays a hole: an empty entry keeps the place of
+        // every certificate after it, and an empty certificate never verifies.
+        if (certificate == nullptr)
+            body->add_cert(std::string());
+        else
+            body->add_cert(certificate->data(), certificate->size());
+    }
     return 0;
 }

@@ -233,6 +233,14 @@ TEST(CoreEndToEnd, MissingSocketOrStackEndsStartUp) {
     } cases[] = {
         {"stack cannot reach its controller", {"VELAR_SIM_CONTROL=/nonexistent/ctl"},
          "Ims Stack init failed"},
+        {"no socket variable", {"ANDROID_SOCKET_velard"}, "Failed to get socket"},
+        {"negative descriptor", {"ANDROID_SOCKET_velard=-3"}, "Failed to get socket"},
+        {"descriptor out of range", {"ANDROID_SOCKET_velard=99999999999999999999"},
+         "Failed to get socket"},
+        // strtol stops at the letter without an error: descriptor 1, which is
+        // no socket.
+        {"trailing letters", {"ANDROID_SOCKET_velard=1abc"},
+         "Failed to listen on control socket '1':"},
     };
     for (const auto& c : cases) {
         Daemon::Options o;

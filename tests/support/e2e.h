@@ -33,7 +33,7 @@ std::string clientRecord(const imsCommonStruc::Request& request, uint32_t token)
 class Daemon {
 public:
     struct Options {
-        std::vector<std::string> env;  // extra NAME=VALUE for the daemon
+        std::vector<std::string> env;  // extra NAME=VALUE for the daemon; a bare NAME unsets it
         bool controlled = true;        // false: auto mode
         bool connect = true;           // connect the client at start
     };

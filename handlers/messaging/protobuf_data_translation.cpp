@@ -1,0 +1,182 @@
+// The messaging family's one set of conversions between stack values and
+// wire messages. Strings move as whole byte strings: bodies may hold zero
+// bytes, and nothing here parses, trims or builds any of them.
+#include "handlers/messaging/protobuf_data_translation.h"
+
+#include <string>
+
+#include "handlers/ims_log.h"
+
+namespace {
+
+// The log prefix of each translator is the library's short form of its full
+// signature, spelled as the library spells it.
+constexpr const char* kStackImdnNotiSignature =
+    "imsCommonStruc::NotificationStatus "
+    "protobuf_data_translation::translateStackImdnNoti(cpmim::ImNotificationStatus)";
+constexpr const char* kFwImdnNotiSignature =
+    "std::__1::set<cpmim::ImNotificationStatus> "
+    "protobuf_data_translation::translateFwImdnNoti(const google::protobuf::RepeatedField<int>&)";
+constexpr const char* kStackImMessageSignature =
+    "void protobuf_data_translation::translateStackImMessage(imsCommonStruc::ImMessageParam&, "
+    "const ImMessage&)";
+
+bool isKnownImdnStatus(int status) {
+    return status == 0 || status == 1;
+}
+
+}  // namespace
+
+namespace protobuf_data_translation {
+
+uint32_t translateXdmDocType(imsCommonStruc::XdmDocType type) {
+    switch (static_cast<uint32_t>(type)) {
+        case 0:
+            return 0;
+        case 1:
+            return 2;
+        case 2:
+            return 3;
+        default:
+            return 4;
+    }
+}
+
+imsCommonStruc::ImError_Type translateImErrorType(ImError::Type type) {
+    const uint32_t value = static_cast<uint32_t>(type);
+    if (value <= static_cast<uint32_t>(ImError::DeviceUnregistered))
+        return static_cast<imsCommonStruc::ImError_Type>(value);
+    return imsCommonStruc::ImError_Type_UNKNOWN_IM_ERROR;
+}
+
+ImParticipant translateParticipant(const imsCommonStruc::Participant& participant) {
+    ImParticipant result;
+    result.uri = participant.uri();
+    switch (static_cast<int>(participant.copycontrol())) {
+        case imsCommonStruc::Participant_CopyControl_CC:
+            result.copyControl = 2;
+            break;
+        case imsCommonStruc::Participant_CopyControl_BCC:
+            result.copyControl = 3;
+            break;
+        default:  // TO, and anything the client should not have sent
+            result.copyControl = 1;
+            break;
+    }
+    return result;
+}
+
+imsCommonStruc::NotificationStatus translateStackImdnNoti(cpmim::ImNotificationStatus status) {
+    const int value = static_cast<int>(status);
+    if (logLevel > 1)
+        IMS_LOGD("%s: status = %d", methodName(kStackImdnNotiSignature).c_str(), value);
+    if (isKnownImdnStatus(value)) return static_cast<imsCommonStruc::NotificationStatus>(value);
+    IMS_LOGE("%s: unknown status! Use DELIVERED instead!",
+             methodName(kStackImdnNotiSignature).c_str());
+    return imsCommonStruc::NOTIFICATION_STATUS_DELIVERED;
+}
+
+std::set<cpmim::ImNotificationStatus> translateFwImdnNoti(
+    const google::protobuf::RepeatedField<int>& noti) {
+    if (logLevel > 1)
+        IMS_LOGD("%s: size = %d", methodName(kFwImdnNotiSignature).c_str(), noti.size());
+    std::set<cpmim::ImNotificationStatus> result;
+    for (int value : noti) {
+        if (logLevel > 1)
+            IMS_LOGD("%s: status = %d", methodName(kFwImdnNotiSignature).c_str(), value);
+        if (isKnownImdnStatus(value)) {
+            result.insert(static_cast<cpmim::ImNotificationStatus>(value));
+        } else {
+            IMS_LOGE("%s: unknown status!", methodName(kFwImdnNotiSignature).c_str());
+        }
+    }
+    return result;
+}
+
+void translateStackImdnData(imsCommonStruc::ImdnParams& out, const ImdnData& imdn) {
+    out.set_messageid(imdn.messageId);
+    out.set_datetime(imdn.datetime);
+    out.set_deviceid(imdn.deviceId);
+    out.set_originaltohdr(imdn.originalToHdr);
+    // An unknown stack status goes out as DELIVERED, so 0 may appear twice.
+    for (cpmim::ImNotificationStatus status : imdn.noti)
+        out.add_noti(translateStackImdnNoti(status));
+    for (const ImdnRecRoute& route : imdn.recRoute) {
+        auto* wire = out.add_recroute();
+        wire->set_uri(route.uri);
+        wire->set_name(route.name);
+    }
+}
+
+ImdnData translateFwImdnData(const imsCommonStruc::ImdnParams& params) {
+    ImdnData imdn;
+    imdn.messageId = params.messageid();
+    imdn.datetime = params.datetime();
+    imdn.deviceId = params.deviceid();
+    imdn.originalToHdr = params.originaltohdr();
+    imdn.noti = translateFwImdnNoti(params.noti());
+    for (const auto& wire : params.recroute()) {
+        ImdnRecRoute route;
+        route.name = wire.name();
+        route.uri = wire.uri();
+        imdn.recRoute.push_back(std::move(route));
+    }
+    return imdn;
+}
+
+void translateCpimNamespace(imsCommonStruc::CpimNamespace& out, const CpimNamespace& ns) {
+    out.set_name(ns.name);
+    out.set_uri(ns.uri);
+    // The map is ordered, so the pairs leave in key order.
+    for (const auto& [key, value] : ns.headers) {
+        auto* pair = out.add_headers();
+        pair->set_key(key);
+        pair->set_value(value);
+    }
+}
+
+void translateStackImMessage(imsCommonStruc::ImMessageParam& out, const ImMessage& message) {
+    out.set_sender(message.sender);
+    out.set_useralias(message.userAlias);
+    out.set_contenttype(message.contentType);
+    out.set_body(message.body);
+    out.set_isburnmsg(message.isBurnMsg);
+    out.set_ispublicaccountmsg(message.isPublicAccountMsg);
+    out.set_devicename(message.deviceName);
+    out.set_reliablemessage(message.reliableMessage);
+    out.set_extraft(message.extraFt);
+    out.set_xmsmessage(message.xmsMessage);
+    translateStackImdnData(*out.mutable_imdn(), message.imdn);
+    for (CpimNamespace ns : message.cpimNamespaces)
+        translateCpimNamespace(*out.add_cpimnamespaces(), ns);
+    out.set_receiver(message.receiver);
+    out.set_silencesupported(message.silenceSupported);
+    for (const std::string& cc : message.ccParticipants) {
+        if (logLevel > 1)
+            IMS_LOGD("%s: receiver = %s", methodName(kStackImMessageSignature).c_str(), cc.c_str());
+        out.add_ccparticipants(cc);
+    }
+}
+
+}  // namespace protobuf_data_translation
+
+void SetImError(imsCommonStruc::ImError* out, ImError error) {
+    out->set_errortype(protobuf_data_translation::translateImErrorType(error.type));
+    out->set_errorcode(error.code);
+}
+
+void SetWarningHdr(imsCommonStruc::WarningHdr* out, WarningHdr warning) {
+    out->set_code(warning.code);
+    out->set_host(warning.host);
+    out->set_text(warning.text);
+}
+
+void SetRetryHdr(imsCommonStruc::RetryHdr* out, RetryHdr retry) {
+    out->set_retrytimer(retry.retryTimer);
+    out->set_contactvalue(retry.contactValue);
+}
+
+void SetReasonHdr(imsCommonStruc::ReasonHdr* out, ReasonHdr reason) {
+    out->set_code(static_cast<uint32_t>(reason.code));
+    out->set_text(reason.text);
+}
