@@ -7,7 +7,7 @@
 // Nothing reaches a socket: with no client connected the framed record is
 // dropped by SendRecord after it has been built.
 //
-//   translate_bench [--requests DIR] [--markdown] [--write-seeds DIR]
+//   translate_bench [--requests DIR] [--markdown] [--write-seeds DIR] [--only ID]
 //
 // DIR holds one file per Request body (gen_requests); which body belongs to
 // which id is found by trying each: the body that changes the record a
@@ -293,6 +293,7 @@ int main(int argc, char** argv) {
     std::string requestsDir = VELARD_REQUESTS_DIR;
     std::string seedsDir;
     bool markdown = false;
+    int only = 0;  // one id alone, for a profiler
     for (int i = 1; i < argc; i++) {
         std::string a = argv[i];
         if (a == "--requests" && i + 1 < argc)
@@ -301,9 +302,11 @@ int main(int argc, char** argv) {
             seedsDir = argv[++i];
         else if (a == "--markdown")
             markdown = true;
+        else if (a == "--only" && i + 1 < argc)
+            only = std::atoi(argv[++i]);
         else {
-            std::cerr
-                << "usage: translate_bench [--requests DIR] [--markdown] [--write-seeds DIR]\n";
+            std::cerr << "usage: translate_bench [--requests DIR] [--markdown] [--write-seeds DIR] "
+                         "[--only ID]\n";
             return 2;
         }
     }
@@ -334,7 +337,7 @@ int main(int argc, char** argv) {
 
     for (size_t i = 0; i < s_commandCount; i++) {
         const CommandInfo& info = s_commands[i];
-        if (info.dispatchFunction == nullptr) continue;
+        if (info.dispatchFunction == nullptr || (only && info.requestNumber != only)) continue;
         Row row{info.requestNumber, false, "", {}, {}, {}};
         std::string payload;
         {
@@ -386,7 +389,7 @@ int main(int argc, char** argv) {
 
     for (size_t i = 0; i < s_notificationCount; i++) {
         const NotifyInfo& info = s_notifications[i];
-        if (info.notifyFunction == nullptr) continue;
+        if (info.notifyFunction == nullptr || (only && info.notifyNumber != only)) continue;
         Row row{info.notifyNumber, true, "", {}, {}, {}};
         const char* registered = velar_sim::notifyClass(info.notifyNumber);
         std::string cls = registered != nullptr ? registered : "";

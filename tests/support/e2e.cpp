@@ -149,6 +149,14 @@ Daemon::Daemon(const Options& options) {
             if (remainingMs(deadline) == 0) throw std::runtime_error("cannot connect to velard");
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
+        // connect() returns once the connection is queued; the daemon takes it
+        // on its loop thread later, and a frame sent before that has no client
+        // to go to. A test that begins with a notification would lose it on a
+        // busy machine, so wait until the daemon has the connection.
+        while (log().find("new connection") == std::string::npos) {
+            if (remainingMs(deadline) == 0) throw std::runtime_error("velard never accepted");
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
     }
 }
 
