@@ -20,11 +20,10 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cctype>
-
 #include <atomic>
-#include <cstdarg>
+#include <cctype>
 #include <climits>
+#include <cstdarg>
 #include <cstring>
 #include <fstream>
 #include <iostream>
