@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Configures and builds one flavour into build/<flavour>:
-#   release (default), asan (ASan+UBSan), tsan.
+#   release (default), asan (ASan+UBSan), tsan, fuzz (Clang, libFuzzer
+#   coverage with ASan+UBSan everywhere; see scripts/fuzz.sh).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 flavour=${1:-release}
@@ -8,6 +9,9 @@ case "$flavour" in
   release) args=(-DCMAKE_BUILD_TYPE=Release) ;;
   asan) args=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELARD_SANITIZE=address) ;;
   tsan) args=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELARD_SANITIZE=thread) ;;
+  fuzz) args=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELARD_SANITIZE=address
+              -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
+              "-DCMAKE_CXX_FLAGS=-fsanitize=fuzzer-no-link") ;;
   *) echo "unknown flavour $flavour" >&2; exit 2 ;;
 esac
 shift || true

@@ -32,3 +32,6 @@ VELAR_SIM_CLASS(GeneralResponseData);
 
 // Request 103 names its user agent by its one value.
 VELAR_SIM_AUTO(103, "GeneralResponseData", "value");
+
+// Notification 20002 brings the alarm's id as one value.
+VELAR_SIM_NOTIFY(20002, "PrimitiveData<int>");

@@ -12,6 +12,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <cstdlib>
@@ -80,6 +81,7 @@ struct Registry {
     std::unordered_map<std::string, ClassInfo> byName;
     std::unordered_map<std::type_index, const ClassInfo*> byType;
     std::unordered_map<int, AutoAnswer> autoAnswers;
+    std::unordered_map<int, std::string> notifyClasses;
 };
 
 // Never destroyed: stack threads may still be at work while the process exits.
@@ -109,6 +111,23 @@ const ClassInfo* findClass(const std::type_info& type) {
     auto& r = registry();
     auto it = r.byType.find(std::type_index(type));
     return it == r.byType.end() ? nullptr : it->second;
+}
+
+std::vector<std::string> classNames() {
+    std::vector<std::string> names;
+    for (const auto& entry : registry().byName) names.push_back(entry.first);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+void registerNotifyClass(int notifyId, const char* className) {
+    registry().notifyClasses[notifyId] = className;
+}
+
+const char* notifyClass(int notifyId) {
+    auto& classes = registry().notifyClasses;
+    auto it = classes.find(notifyId);
+    return it == classes.end() ? nullptr : it->second.c_str();
 }
 
 void registerAutoAnswer(const AutoAnswer& answer) {
@@ -162,6 +181,13 @@ Json recordToJson(ImsData* record) {
         return j;
     }
     return info->encode(record, info->name);
+}
+
+Json recordToJsonUp(ImsData* record) {
+    if (record == nullptr) return Json(nullptr);
+    const ClassInfo* info = findClass(typeid(*record));
+    if (info == nullptr || info->encodeUp == nullptr) return recordToJson(record);
+    return info->encodeUp(record, info->name);
 }
 
 ImsData* recordFromJson(const Json& record, std::string* error) {
@@ -386,6 +412,7 @@ void carryOut(const Json& msg) {
     } else if (type == "burst") {
         // Several stack threads notify at once: "threads" threads each deliver
         // "count" copies of the record; done once every thread has finished.
+        // A count of 0 with "responses" answers without notifying.
         int threads = 1;
         int count = 1;
         try {
@@ -405,12 +432,45 @@ void carryOut(const Json& msg) {
             sendError(seq, error);
             return;
         }
+        // Optional "responses": [{"token":T,"record":R}, ...], answered in
+        // order by one more stack thread while the others notify.
+        std::vector<std::pair<unsigned int, std::unique_ptr<ImsData>>> answers;
+        if (auto a = msg.find("responses"); a != msg.end()) {
+            if (!a->is_array()) {
+                sendError(seq, "burst: responses must be an array");
+                return;
+            }
+            for (const Json& entry : *a) {
+                unsigned int token = 0;
+                try {
+                    if (!entry.is_object() || !entry.contains("token"))
+                        throw velar_sim::codec::DecodeError{"burst: response without a token"};
+                    velar_sim::codec::decode(entry["token"], token, "token");
+                } catch (const velar_sim::codec::DecodeError& e) {
+                    sendError(seq, e.message);
+                    return;
+                }
+                auto r = entry.find("record");
+                std::unique_ptr<ImsData> record(
+                    r == entry.end() ? nullptr : velar_sim::recordFromJson(*r, &error));
+                if (!record) {
+                    sendError(seq, r == entry.end() ? "burst: response without a record" : error);
+                    return;
+                }
+                answers.emplace_back(token, std::move(record));
+            }
+        }
         std::vector<std::thread> workers;
         for (int t = 0; t < threads; t++) {
             workers.emplace_back([&rec, count] {
                 std::string err;
                 std::unique_ptr<ImsData> record(velar_sim::recordFromJson(*rec, &err));
                 for (int i = 0; i < count; i++) s_env->onNotify(record.get());
+            });
+        }
+        if (!answers.empty()) {
+            workers.emplace_back([&answers] {
+                for (auto& [token, record] : answers) s_env->onResponse(token, record.get());
             });
         }
         for (auto& w : workers) w.join();

@@ -5,6 +5,7 @@
 
 #include <string>
 #include <typeindex>
+#include <vector>
 
 #include "../velar.h"
 #include "json_codec.h"
@@ -20,11 +21,24 @@ struct ClassInfo {
     // Reads or writes an integer member by name; false when there is none.
     bool (*getInt)(ImsData* record, const char* name, long long* value);
     bool (*setInt)(ImsData* record, const char* name, long long value);
+    // The record as a controller hands it up ("fields"); null for classes
+    // without fields. Differs from encode for classes that go both ways
+    // (PrimitiveData<int> goes down as "args" and comes up as "fields").
+    Json (*encodeUp)(ImsData* record, const char* name) = nullptr;
 };
 
 void registerClass(const ClassInfo& info);
 const ClassInfo* findClass(const std::string& name);
 const ClassInfo* findClass(const std::type_info& type);
+// Every registered class name, in ascending order.
+std::vector<std::string> classNames();
+
+// The class of the record that the stack hands up with a notification id.
+// The daemon never needs it (the id selects the handler); tools that build a
+// representative notification of every id (benchmarks, fuzz seeds) do.
+void registerNotifyClass(int notifyId, const char* className);
+// The registered class name, or null.
+const char* notifyClass(int notifyId);
 
 // How auto mode answers a request of a given id. Requests whose id has no
 // entry are answered with GeneralResponseData.
@@ -43,6 +57,9 @@ ImsData* makeAutoAnswer(ImsData* request);
 Json recordToJson(ImsData* record);
 // Builds a record from its JSON form; null with *error set on failure.
 ImsData* recordFromJson(const Json& record, std::string* error);
+// The form recordFromJson reads ({"class","id","fields"}), for any record of
+// a class that can come up; as recordToJson for the others.
+Json recordToJsonUp(ImsData* record);
 
 // In-process capture for tests: while set, OnRequest gives every record to
 // the hook (which takes ownership) instead of answering it.
@@ -57,6 +74,18 @@ struct Registrar {
                            return codec::encodeRecord(*static_cast<T*>(r), n);
                        },
                        nullptr, &getIntOf, &setIntOf};
+        if constexpr (codec::HasFields<T>::value) {
+            info.encodeUp = [](ImsData* r, const char* n) {
+                Json j = Json::object();
+                j["class"] = n;
+                j["id"] = r->GetId();
+                Json f = Json::object();
+                codec::ObjectEncoder e{&f};
+                static_cast<T*>(r)->velarFields(e);
+                j["fields"] = std::move(f);
+                return j;
+            };
+        }
         if constexpr (std::is_default_constructible_v<T> && codec::HasFields<T>::value) {
             info.decode = [](const Json& fields) -> ImsData* {
                 auto r = std::make_unique<T>();
@@ -114,6 +143,12 @@ struct Registrar {
     static const ::velar_sim::Registrar<__VA_ARGS__> VELAR_PP_CAT(velarSimClass_, __LINE__) { \
         #__VA_ARGS__                                                                  \
     }
+
+// The record class (by its registered name) that comes up with this
+// notification id: VELAR_SIM_NOTIFY(10004, "CallStatusData").
+#define VELAR_SIM_NOTIFY(id, className)                                          \
+    [[maybe_unused]] static const bool VELAR_PP_CAT(velarSimNotify_, __LINE__) = \
+        (::velar_sim::registerNotifyClass(id, className), true)
 
 // Auto mode answers requests of this id with a success record of this class
 // (by its registered name), or with nothing when the class is null.

@@ -1,0 +1,61 @@
+// Small measuring helpers shared by the benchmarks: medians of batch means,
+// percentiles, the machine's description, a process's resident memory and
+// CPU time.
+#pragma once
+
+#include <sys/types.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace velard_bench {
+
+using Clock = std::chrono::steady_clock;
+
+inline double nsSince(Clock::time_point start) {
+    return std::chrono::duration<double, std::nano>(Clock::now() - start).count();
+}
+
+// Nanoseconds per call of op: the median over `batches` batches of `perBatch`
+// calls each, after a warm-up. A batch that the scheduler interrupted on a
+// busy machine lands in the upper half and leaves the median alone.
+template <class Op>
+double medianNsPerCall(Op&& op, int batches = 31, int perBatch = 64, int warmup = 256) {
+    for (int i = 0; i < warmup; i++) op();
+    std::vector<double> means;
+    means.reserve(static_cast<size_t>(batches));
+    for (int b = 0; b < batches; b++) {
+        auto start = Clock::now();
+        for (int i = 0; i < perBatch; i++) op();
+        means.push_back(nsSince(start) / perBatch);
+    }
+    std::nth_element(means.begin(), means.begin() + batches / 2, means.end());
+    return means[static_cast<size_t>(batches / 2)];
+}
+
+// The value below which the fraction q of the samples lie (nearest rank).
+inline double percentile(std::vector<double> samples, double q) {
+    if (samples.empty()) return 0;
+    std::sort(samples.begin(), samples.end());
+    size_t rank = static_cast<size_t>(q * static_cast<double>(samples.size()));
+    if (rank >= samples.size()) rank = samples.size() - 1;
+    return samples[rank];
+}
+
+// "2 x AMD EPYC, 23.5 GiB, g++ 12.2.0" and the like, one fact per line.
+std::vector<std::pair<std::string, std::string>> machineDescription();
+
+// Resident set of a process in KiB (VmRSS), or -1.
+long residentKiB(pid_t pid);
+// User plus system CPU time of a process in seconds, or -1.
+double cpuSeconds(pid_t pid);
+
+// 1234567 -> "1,234,567"
+std::string grouped(double value);
+// A duration in ns as "850 ns" or "12.3 µs".
+std::string duration(double ns);
+
+}  // namespace velard_bench

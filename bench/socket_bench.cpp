@@ -1,0 +1,670 @@
+// The daemon over its real socket: the real velard on the simulated stack,
+// driven by a client that keeps a window of requests in flight.
+//
+//   socket_bench roundtrip [--rounds R] [--count N] [--window W]
+//       Throughput and latency of a small request (103) and a large one (201,
+//       long strings, extra headers), each beside the physical floor: the
+//       same frames over the same kind of socket, answered by a bare thread
+//       with a frame of the daemon's size, no protobuf and no dispatch.
+//   socket_bench burst [--rounds R] [--threads T] [--count M]
+//       T stack threads notify M times each at once; every frame must arrive
+//       whole and exactly once. Rate and the daemon's CPU per notification.
+//   socket_bench machine
+//       The machine's description.
+//   socket_bench memory --records DIR [--count N]
+//       Resident memory before and after N requests (default a million),
+//       cycling through every request of DIR that the daemon answers.
+//
+// Output is Markdown, for docs/benchmarks.md. The daemon's log goes to
+// /dev/null: its lines are still written, as on a device.
+#include <dirent.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "imsCommonStruc.pb.h"
+#include "measure.h"
+
+using namespace velard_bench;
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+// ---------------------------------------------------------------------------
+// Sockets and the daemon process.
+
+sockaddr_un unixAddress(const std::string& path) {
+    sockaddr_un addr{};
+    addr.sun_family = AF_UNIX;
+    strncpy(addr.sun_path, path.c_str(), sizeof addr.sun_path - 1);
+    return addr;
+}
+
+int listenOn(const std::string& path) {
+    unlink(path.c_str());
+    int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un a = unixAddress(path);
+    if (fd < 0 || bind(fd, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0 || listen(fd, 4) != 0)
+        throw std::runtime_error("cannot listen on " + path);
+    return fd;
+}
+
+int connectTo(const std::string& path, int timeoutMs) {
+    auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
+    for (;;) {
+        int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        sockaddr_un a = unixAddress(path);
+        if (connect(fd, reinterpret_cast<sockaddr*>(&a), sizeof a) == 0) return fd;
+        close(fd);
+        if (Clock::now() > deadline) throw std::runtime_error("cannot connect to " + path);
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+}
+
+void writeAll(int fd, const std::string& bytes) {
+    size_t off = 0;
+    while (off < bytes.size()) {
+        ssize_t n = write(fd, bytes.data() + off, bytes.size() - off);
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0 && errno == EAGAIN) {
+            pollfd p{fd, POLLOUT, 0};
+            poll(&p, 1, 1000);
+            continue;
+        }
+        if (n <= 0) throw std::runtime_error("write failed");
+        off += static_cast<size_t>(n);
+    }
+}
+
+class Daemon {
+public:
+    // Auto mode unless a control socket is given.
+    explicit Daemon(const std::string& controlPath = "", const char* binary = VELARD_BINARY) {
+        char tmpl[] = "/tmp/velard-bench-XXXXXX";
+        if (mkdtemp(tmpl) == nullptr) throw std::runtime_error("mkdtemp");
+        dir_ = tmpl;
+        int listenFd = socket(AF_UNIX, SOCK_STREAM, 0);
+        sockaddr_un a = unixAddress(socketPath());
+        if (bind(listenFd, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0)
+            throw std::runtime_error("bind " + socketPath());
+        pid_ = fork();
+        if (pid_ == 0) {
+            int null = open("/dev/null", O_WRONLY);
+            dup2(null, 2);
+            setenv("ANDROID_SOCKET_velard", std::to_string(listenFd).c_str(), 1);
+            if (controlPath.empty())
+                unsetenv("VELAR_SIM_CONTROL");
+            else
+                setenv("VELAR_SIM_CONTROL", controlPath.c_str(), 1);
+            unsetenv("VELAR_SIM_SCRIPT");
+            execl(binary, "velard", static_cast<char*>(nullptr));
+            _exit(127);
+        }
+        close(listenFd);
+    }
+    ~Daemon() {
+        if (client_ >= 0) close(client_);
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
+        unlink(socketPath().c_str());
+        rmdir(dir_.c_str());
+    }
+    int connectClient() {
+        client_ = connectTo(socketPath(), 5000);
+        return client_;
+    }
+    pid_t pid() const { return pid_; }
+    std::string socketPath() const { return dir_ + "/velard.sock"; }
+
+private:
+    std::string dir_;
+    pid_t pid_ = -1;
+    int client_ = -1;
+};
+
+// ---------------------------------------------------------------------------
+// Frames.
+
+uint32_t le32(const char* p) {
+    const auto* u = reinterpret_cast<const unsigned char*>(p);
+    return uint32_t{u[0]} | uint32_t{u[1]} << 8 | uint32_t{u[2]} << 16 | uint32_t{u[3]} << 24;
+}
+
+void putLe32(std::string& s, size_t at, uint32_t v) {
+    for (int i = 0; i < 4; i++) s[at + i] = static_cast<char>(v >> (8 * i));
+}
+
+// A whole client record: big-endian length, reserved word, token, payload.
+std::string clientRecord(const std::string& payload, uint32_t token) {
+    std::string r(12, '\0');
+    uint32_t len = static_cast<uint32_t>(payload.size() + 8);
+    for (int i = 0; i < 4; i++) r[i] = static_cast<char>(len >> (24 - 8 * i));
+    putLe32(r, 8, token);
+    return r + payload;
+}
+
+struct Frame {
+    uint32_t type, token;
+    std::string payload;
+};
+
+// Cuts daemon frames out of what a socket gives.
+class FrameReader {
+public:
+    explicit FrameReader(int fd) : fd_(fd) {}
+    // Reads what is there (poll first); false at end of stream.
+    bool fill() {
+        char chunk[65536];
+        ssize_t n = read(fd_, chunk, sizeof chunk);
+        if (n < 0 && (errno == EAGAIN || errno == EINTR)) return true;
+        if (n <= 0) return false;
+        buf_.append(chunk, static_cast<size_t>(n));
+        return true;
+    }
+    bool next(Frame* f) {
+        if (buf_.size() - start_ < 12) return compact();
+        uint32_t len = le32(buf_.data() + start_);
+        if (len < 8) throw std::runtime_error("frame length below 8");
+        if (buf_.size() - start_ < len + 4) return compact();
+        f->type = le32(buf_.data() + start_ + 4);
+        f->token = le32(buf_.data() + start_ + 8);
+        f->payload.assign(buf_, start_ + 12, len - 8);
+        start_ += len + 4;
+        return true;
+    }
+
+private:
+    bool compact() {
+        buf_.erase(0, start_);
+        start_ = 0;
+        return false;
+    }
+    int fd_;
+    std::string buf_;
+    size_t start_ = 0;
+};
+
+bool waitReadable(int fd, int timeoutMs) {
+    pollfd p{fd, POLLIN, 0};
+    return poll(&p, 1, timeoutMs) > 0;
+}
+
+// ---------------------------------------------------------------------------
+// The pipelined client, the same for the daemon and the floor.
+
+struct RunStats {
+    double seconds = 0;
+    std::vector<double> latenciesNs;
+    double throughput() const { return static_cast<double>(latenciesNs.size()) / seconds; }
+};
+
+// Sends n requests built from the templates in turn (token = sequence
+// number), never more than window unanswered, and times each answer.
+RunStats pipeline(int fd, const std::vector<std::string>& payloads, size_t n, size_t window) {
+    std::vector<std::string> templates;
+    for (const auto& p : payloads) templates.push_back(clientRecord(p, 0));
+    fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
+    std::vector<Clock::time_point> sentAt(n);
+    RunStats stats;
+    stats.latenciesNs.reserve(n);
+    std::string out;
+    size_t outOff = 0, sent = 0, received = 0;
+    FrameReader reader(fd);
+    Frame f;
+    auto start = Clock::now();
+    while (received < n) {
+        auto now = Clock::now();
+        while (sent < n && sent - received < window) {
+            std::string r = templates[sent % templates.size()];
+            putLe32(r, 8, static_cast<uint32_t>(sent));
+            out += r;
+            sentAt[sent++] = now;
+        }
+        if (outOff < out.size()) {
+            ssize_t w = write(fd, out.data() + outOff, out.size() - outOff);
+            if (w > 0) outOff += static_cast<size_t>(w);
+            if (outOff == out.size()) {
+                out.clear();
+                outOff = 0;
+            }
+        }
+        pollfd p{fd, static_cast<short>(POLLIN | (outOff < out.size() ? POLLOUT : 0)), 0};
+        if (poll(&p, 1, 5000) <= 0)
+            throw std::runtime_error("no answer within 5 s after " + std::to_string(received));
+        if (p.revents & POLLIN) {
+            if (!reader.fill()) throw std::runtime_error("the daemon closed the socket");
+            auto got = Clock::now();
+            while (reader.next(&f)) {
+                if (f.token >= sent) throw std::runtime_error("answer to a token never sent");
+                stats.latenciesNs.push_back(
+                    std::chrono::duration<double, std::nano>(got - sentAt[f.token]).count());
+                received++;
+            }
+        }
+    }
+    stats.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    return stats;
+}
+
+// The answer to one request, or false when none comes within the time.
+bool probe(int fd, const std::string& payload, Frame* answer, int timeoutMs) {
+    writeAll(fd, clientRecord(payload, 0xFFFF0000u));
+    FrameReader reader(fd);
+    auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
+    while (Clock::now() < deadline) {
+        if (!waitReadable(fd, 50)) continue;
+        if (!reader.fill()) return false;
+        if (reader.next(answer)) return true;
+    }
+    return false;
+}
+
+// The floor: a bare thread that cuts the client's records and answers each
+// with one frame of the given payload, one write per frame, as SendRecord.
+class EchoServer {
+public:
+    explicit EchoServer(std::string payload) : payload_(std::move(payload)) {
+        char tmpl[] = "/tmp/velard-floor-XXXXXX";
+        if (mkdtemp(tmpl) == nullptr) throw std::runtime_error("mkdtemp");
+        dir_ = tmpl;
+        listen_ = listenOn(path());
+        thread_ = std::thread([this] { serve(); });
+    }
+    ~EchoServer() {
+        thread_.join();
+        close(listen_);
+        unlink(path().c_str());
+        rmdir(dir_.c_str());
+    }
+    std::string path() const { return dir_ + "/floor.sock"; }
+
+private:
+    void serve() {
+        int fd = accept(listen_, nullptr, nullptr);
+        std::string frame(12, '\0');
+        putLe32(frame, 0, static_cast<uint32_t>(payload_.size() + 8));
+        putLe32(frame, 4, 1);
+        frame += payload_;
+        std::vector<char> buf(0x80000 + 4);
+        size_t have = 0;
+        for (;;) {
+            ssize_t n = read(fd, buf.data() + have, buf.size() - have);
+            if (n <= 0) break;
+            have += static_cast<size_t>(n);
+            size_t off = 0;
+            while (have - off >= 4) {
+                const auto* u = reinterpret_cast<const unsigned char*>(buf.data() + off);
+                size_t len = size_t{u[0]} << 24 | size_t{u[1]} << 16 | size_t{u[2]} << 8 | u[3];
+                if (have - off < 4 + len) break;
+                putLe32(frame, 8, le32(buf.data() + off + 8));
+                writeAll(fd, frame);
+                off += 4 + len;
+            }
+            memmove(buf.data(), buf.data() + off, have - off);
+            have -= off;
+        }
+        close(fd);
+    }
+    std::string payload_;
+    std::string dir_;
+    int listen_ = -1;
+    std::thread thread_;
+};
+
+std::string readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) throw std::runtime_error("cannot read " + path);
+    std::stringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+std::string reqid(int id) {
+    imsCommonStruc::Request r;
+    r.set_reqid(static_cast<imsCommonStruc::Id>(id));
+    return r.SerializePartialAsString();
+}
+
+double median(std::vector<double> v) {
+    return percentile(std::move(v), 0.5);
+}
+
+struct Options {
+    int rounds = 3;
+    size_t count = 0;
+    size_t window = 16;
+    int threads = 8;
+    std::string records;
+};
+
+// ---------------------------------------------------------------------------
+
+int roundtrip(const Options& o) {
+    struct Kind {
+        const char* name;
+        std::string payload;
+        size_t count;
+    };
+    std::string dir = VELARD_REQUESTS_DIR;
+    std::vector<Kind> kinds = {
+        {"103 (small)", reqid(103) + readFile(dir + "/small/requestUaDeletion.bin"),
+         o.count ? o.count : 20000},
+        {"201 (large)", reqid(201) + readFile(dir + "/large/requestMakeCall.bin"),
+         o.count ? o.count / 4 : 5000},
+    };
+    std::cout << "Window " << o.window << " requests; " << o.rounds
+              << " rounds alternating floor and daemon, medians shown.\n\n";
+    std::cout << "| Request | Request bytes | Response bytes | | Throughput (req/s) | p50 | p99 | "
+                 "max |\n|---|---|---|---|---|---|---|---|\n";
+    int status = 0;
+    for (const Kind& k : kinds) {
+        Frame answer;
+        {
+            Daemon d;
+            int fd = d.connectClient();
+            if (!probe(fd, k.payload, &answer, 2000)) {
+                std::cout << "| " << k.name << " | " << k.payload.size() + 12
+                          << " | no answer (handler not landed?) | | | | | |\n";
+                status = 1;
+                continue;
+            }
+        }
+        // The floor, velard, and velard whose log lines are not written.
+        constexpr int kWho = 3;
+        std::vector<double> tput[kWho], p50[kWho], p99[kWho], pmax[kWho];
+        for (int r = 0; r < o.rounds; r++) {
+            for (int which = 0; which < kWho; which++) {
+                RunStats s;
+                std::vector<std::string> payloads{k.payload};
+                if (which == 0) {
+                    EchoServer floor(answer.payload);
+                    int fd = connectTo(floor.path(), 2000);
+                    pipeline(fd, payloads, 2000, o.window);  // warm-up
+                    s = pipeline(fd, payloads, k.count, o.window);
+                    close(fd);
+                } else {
+                    Daemon d("", which == 1 ? VELARD_BINARY : VELARD_UNLOGGED_BINARY);
+                    int fd = d.connectClient();
+                    pipeline(fd, payloads, 2000, o.window);
+                    s = pipeline(fd, payloads, k.count, o.window);
+                }
+                tput[which].push_back(s.throughput());
+                p50[which].push_back(percentile(s.latenciesNs, 0.5));
+                p99[which].push_back(percentile(s.latenciesNs, 0.99));
+                pmax[which].push_back(percentile(s.latenciesNs, 1.0));
+            }
+        }
+        const char* who[kWho] = {"floor", "velard", "velard, log lines not written"};
+        for (int which = 0; which < kWho; which++) {
+            std::cout << "| " << (which == 0 ? k.name : "") << " | "
+                      << (which == 0 ? std::to_string(k.payload.size() + 12) : "") << " | "
+                      << (which == 0 ? std::to_string(answer.payload.size() + 12) : "") << " | "
+                      << who[which] << " | " << grouped(median(tput[which])) << " | "
+                      << duration(median(p50[which])) << " | " << duration(median(p99[which]))
+                      << " | " << duration(median(pmax[which])) << " |\n";
+        }
+        for (int which = 1; which < kWho; which++) {
+            double tputRatio = median(tput[which]) / median(tput[0]);
+            double p99Ratio = median(p99[which]) / median(p99[0]);
+            bool target = which == 1;
+            char buf[320];
+            snprintf(buf, sizeof buf, "| | | | %s / floor | %.2f%s | %.1f× | %.1f×%s | |\n",
+                     which == 1 ? "velard" : "unwritten logs", tputRatio,
+                     !target            ? ""
+                     : tputRatio >= 0.5 ? " (target ≥ 0.5)"
+                                        : " (target ≥ 0.5, **missed**)",
+                     median(p50[which]) / median(p50[0]), p99Ratio,
+                     !target         ? ""
+                     : p99Ratio <= 3 ? " (target ≤ 3)"
+                                     : " (target ≤ 3, **missed**)");
+            std::cout << buf;
+            if (target && (tputRatio < 0.5 || p99Ratio > 3)) status = 1;
+        }
+    }
+    return status;
+}
+
+// ---------------------------------------------------------------------------
+
+int burst(const Options& o) {
+    int threads = o.threads;
+    int count = static_cast<int>(o.count ? o.count : 12500);
+    char tmpl[] = "/tmp/velard-burst-XXXXXX";
+    if (mkdtemp(tmpl) == nullptr) throw std::runtime_error("mkdtemp");
+    std::string controlPath = std::string(tmpl) + "/control.sock";
+    int controlListen = listenOn(controlPath);
+    Daemon d(controlPath);
+    if (!waitReadable(controlListen, 5000)) throw std::runtime_error("the stack never connected");
+    int control = accept(controlListen, nullptr, nullptr);
+    int client = d.connectClient();
+
+    // The reader checks every frame as it comes: whole, a notification of
+    // the burst's value, and no more of a value than were sent.
+    std::mutex mutex;
+    std::map<uint32_t, long> seen;
+    std::map<uint32_t, Clock::time_point> lastAt;
+    std::atomic<long> faults{0}, total{0};
+    std::atomic<bool> stop{false};
+    std::thread reader([&] {
+        FrameReader r(client);
+        Frame f;
+        while (!stop.load()) {
+            if (!waitReadable(client, 50)) continue;
+            if (!r.fill()) break;
+            while (r.next(&f)) {
+                imsCommonStruc::Notify n;
+                bool whole = f.type == 2 && f.token == 0 && n.ParseFromString(f.payload) &&
+                             n.notifyid() == 20002;
+                std::lock_guard<std::mutex> lock(mutex);
+                if (!whole) {
+                    faults++;
+                    continue;
+                }
+                seen[n.cancelalarm().id()]++;
+                lastAt[n.cancelalarm().id()] = Clock::now();
+                total++;
+            }
+        }
+    });
+
+    std::string controlBuf;
+    auto waitDone = [&](int seq) {
+        for (;;) {
+            size_t nl;
+            while ((nl = controlBuf.find('\n')) == std::string::npos) {
+                if (!waitReadable(control, 30000))
+                    throw std::runtime_error("no done from the stack");
+                char chunk[4096];
+                ssize_t n = read(control, chunk, sizeof chunk);
+                if (n <= 0) throw std::runtime_error("control channel closed");
+                controlBuf.append(chunk, static_cast<size_t>(n));
+            }
+            Json j = Json::parse(controlBuf.substr(0, nl));
+            controlBuf.erase(0, nl + 1);
+            if (j.value("seq", -1) == seq) {
+                if (j.value("type", "") != "done") throw std::runtime_error(j.dump());
+                return;
+            }
+        }
+    };
+
+    std::vector<double> rates, cpuPer;
+    long expected = static_cast<long>(threads) * count;
+    for (int round = 0; round < o.rounds; round++) {
+        uint32_t value = 1000 + static_cast<uint32_t>(round);
+        Json msg = {
+            {"type", "burst"},
+            {"record",
+             {{"class", "PrimitiveData<int>"}, {"id", 20002}, {"fields", {{"value", value}}}}},
+            {"threads", threads},
+            {"count", count},
+            {"seq", round}};
+        double cpu0 = cpuSeconds(d.pid());
+        auto t0 = Clock::now();
+        writeAll(control, msg.dump() + "\n");
+        waitDone(round);
+        double cpu1 = cpuSeconds(d.pid());
+        // Every frame is on the socket at "done"; the reader may still be
+        // taking them off.
+        for (auto deadline = Clock::now() + std::chrono::seconds(10); Clock::now() < deadline;) {
+            {
+                std::lock_guard<std::mutex> lock(mutex);
+                if (seen[value] >= expected) break;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        std::lock_guard<std::mutex> lock(mutex);
+        double seconds = std::chrono::duration<double>(lastAt[value] - t0).count();
+        rates.push_back(static_cast<double>(expected) / seconds);
+        cpuPer.push_back((cpu1 - cpu0) / static_cast<double>(expected) * 1e9);
+    }
+    // Anything late would be a duplicate.
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    stop = true;
+    reader.join();
+    bool exact = faults == 0 && total == expected * o.rounds;
+    for (int round = 0; round < o.rounds; round++) exact = exact && seen[1000u + round] == expected;
+
+    std::cout << "| Stack threads | Notifications per round | Rounds | Notifications/s (median) | "
+                 "Daemon CPU per notification (median) | Every frame whole, exactly once |\n"
+                 "|---|---|---|---|---|---|\n";
+    std::cout << "| " << threads << " | " << grouped(static_cast<double>(expected)) << " | "
+              << o.rounds << " | " << grouped(median(rates)) << " | " << duration(median(cpuPer))
+              << " | " << (exact ? "yes" : "**no**") << " (" << grouped(static_cast<double>(total))
+              << " received, " << faults << " malformed) |\n";
+    close(control);
+    close(controlListen);
+    unlink(controlPath.c_str());
+    rmdir(tmpl);
+    return exact ? 0 : 1;
+}
+
+// ---------------------------------------------------------------------------
+
+int memory(const Options& o) {
+    size_t count = o.count ? o.count : 1000000;
+    std::vector<std::pair<int, std::string>> candidates;  // id, payload
+    std::string requests = o.records + "/requests";
+    DIR* dir = opendir(requests.c_str());
+    if (dir == nullptr) throw std::runtime_error("no records in " + o.records);
+    while (dirent* e = readdir(dir)) {
+        int id = 0;
+        if (sscanf(e->d_name, "request-%d.bin", &id) == 1) {
+            std::string rec = readFile(requests + "/" + e->d_name);
+            candidates.emplace_back(id, rec.substr(8));  // without reserved word and token
+        }
+    }
+    closedir(dir);
+    std::sort(candidates.begin(), candidates.end());
+
+    Daemon d;
+    int fd = d.connectClient();
+    // Which requests get an answer: send each once with its index as the
+    // token, and see what comes back.
+    for (size_t i = 0; i < candidates.size(); i++)
+        writeAll(fd, clientRecord(candidates[i].second, static_cast<uint32_t>(i)));
+    std::vector<bool> answered(candidates.size());
+    FrameReader reader(fd);
+    Frame f;
+    for (auto deadline = Clock::now() + std::chrono::seconds(2); Clock::now() < deadline;) {
+        if (!waitReadable(fd, 50)) continue;
+        if (!reader.fill()) throw std::runtime_error("the daemon closed the socket");
+        while (reader.next(&f))
+            if (f.type == 1 && f.token < answered.size()) answered[f.token] = true;
+    }
+    std::vector<std::string> mix;
+    std::string ids;
+    for (size_t i = 0; i < candidates.size(); i++) {
+        if (!answered[i]) continue;
+        mix.push_back(candidates[i].second);
+        ids += (ids.empty() ? "" : ", ") + std::to_string(candidates[i].first);
+    }
+    if (mix.empty()) throw std::runtime_error("the daemon answers none of the requests");
+
+    pipeline(fd, mix, 50000, o.window);  // warm-up: every buffer at its working size
+    long before = residentKiB(d.pid());
+    std::vector<long> checkpoints;
+    size_t step = count / 4;
+    auto start = Clock::now();
+    for (size_t done = 0; done < count; done += step) {
+        pipeline(fd, mix, std::min(step, count - done), o.window);
+        checkpoints.push_back(residentKiB(d.pid()));
+    }
+    double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    long after = checkpoints.back();
+    long growth = after - before;
+    std::cout
+        << "| Requests | Mix (ids answered in auto mode) | RSS before | RSS at each quarter | "
+           "RSS after | Growth |\n|---|---|---|---|---|---|\n";
+    std::cout << "| " << grouped(static_cast<double>(count)) << " in "
+              << static_cast<int>(seconds + 0.5) << " s | " << ids << " | " << before << " KiB | ";
+    for (size_t i = 0; i < checkpoints.size(); i++) std::cout << (i ? ", " : "") << checkpoints[i];
+    std::cout << " KiB | " << after << " KiB | " << growth << " KiB"
+              << (growth < 1024 ? " (target < 1 MiB)" : " (**over the 1 MiB target**)") << " |\n";
+    return growth < 1024 ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    signal(SIGPIPE, SIG_IGN);
+    if (argc < 2) {
+        std::cerr << "usage: socket_bench roundtrip|burst|memory [options]\n";
+        return 2;
+    }
+    std::string mode = argv[1];
+    Options o;
+    for (int i = 2; i + 1 < argc; i += 2) {
+        std::string a = argv[i];
+        std::string v = argv[i + 1];
+        if (a == "--rounds")
+            o.rounds = std::stoi(v);
+        else if (a == "--count")
+            o.count = std::stoul(v);
+        else if (a == "--window")
+            o.window = std::stoul(v);
+        else if (a == "--threads")
+            o.threads = std::stoi(v);
+        else if (a == "--records")
+            o.records = v;
+        else {
+            std::cerr << "unknown option " << a << "\n";
+            return 2;
+        }
+    }
+    try {
+        if (mode == "machine") {
+            std::cout << "| | |\n|---|---|\n";
+            for (const auto& [k, v] : machineDescription())
+                std::cout << "| " << k << " | " << v << " |\n";
+            return 0;
+        }
+        if (mode == "roundtrip") return roundtrip(o);
+        if (mode == "burst") return burst(o);
+        if (mode == "memory") return memory(o);
+    } catch (const std::exception& e) {
+        std::cout << "\n**" << mode << " failed: " << e.what() << "**\n";
+        return 1;
+    }
+    std::cerr << "unknown mode " << mode << "\n";
+    return 2;
+}
