@@ -15,5 +15,11 @@ case "$flavour" in
   *) echo "unknown flavour $flavour" >&2; exit 2 ;;
 esac
 shift || true
+# A compiler cache where one is installed (work trees side by side share it;
+# paths inside the tree are hashed relative to it). CI builds without.
+if command -v ccache >/dev/null; then
+  export CCACHE_BASEDIR=$PWD
+  args+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
+fi
 cmake -S . -B "build/$flavour" -G Ninja "${args[@]}" >/dev/null
 ninja -C "build/$flavour" -j"${JOBS:-$(nproc)}" "$@"
