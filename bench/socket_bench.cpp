@@ -41,11 +41,13 @@
 #include <thread>
 #include <vector>
 
+#include "framing.h"
 #include "imsCommonStruc.pb.h"
 #include "measure.h"
 
 using namespace velard_bench;
 using Json = nlohmann::ordered_json;
+namespace vf = velard_framing;
 
 namespace {
 
@@ -81,18 +83,7 @@ int connectTo(const std::string& path, int timeoutMs) {
 }
 
 void writeAll(int fd, const std::string& bytes) {
-    size_t off = 0;
-    while (off < bytes.size()) {
-        ssize_t n = write(fd, bytes.data() + off, bytes.size() - off);
-        if (n < 0 && errno == EINTR) continue;
-        if (n < 0 && errno == EAGAIN) {
-            pollfd p{fd, POLLOUT, 0};
-            poll(&p, 1, 1000);
-            continue;
-        }
-        if (n <= 0) throw std::runtime_error("write failed");
-        off += static_cast<size_t>(n);
-    }
+    if (!vf::WriteAll(fd, bytes)) throw std::runtime_error("write failed");
 }
 
 class Daemon {
@@ -153,19 +144,11 @@ void putLe32(std::string& s, size_t at, uint32_t v) {
     for (int i = 0; i < 4; i++) s[at + i] = static_cast<char>(v >> (8 * i));
 }
 
-// A whole client record: big-endian length, reserved word, token, payload.
 std::string clientRecord(const std::string& payload, uint32_t token) {
-    std::string r(12, '\0');
-    uint32_t len = static_cast<uint32_t>(payload.size() + 8);
-    for (int i = 0; i < 4; i++) r[i] = static_cast<char>(len >> (24 - 8 * i));
-    putLe32(r, 8, token);
-    return r + payload;
+    return vf::EncodeClientRecord(token, payload);
 }
 
-struct Frame {
-    uint32_t type, token;
-    std::string payload;
-};
+using Frame = vf::DaemonFrame;
 
 // Cuts daemon frames out of what a socket gives.
 class FrameReader {
@@ -177,30 +160,18 @@ public:
         ssize_t n = read(fd_, chunk, sizeof chunk);
         if (n < 0 && (errno == EAGAIN || errno == EINTR)) return true;
         if (n <= 0) return false;
-        buf_.append(chunk, static_cast<size_t>(n));
+        reader_.Append(chunk, static_cast<size_t>(n));
         return true;
     }
     bool next(Frame* f) {
-        if (buf_.size() - start_ < 12) return compact();
-        uint32_t len = le32(buf_.data() + start_);
-        if (len < 8) throw std::runtime_error("frame length below 8");
-        if (buf_.size() - start_ < len + 4) return compact();
-        f->type = le32(buf_.data() + start_ + 4);
-        f->token = le32(buf_.data() + start_ + 8);
-        f->payload.assign(buf_, start_ + 12, len - 8);
-        start_ += len + 4;
-        return true;
+        vf::ReadResult r = reader_.Next(f);
+        if (r == vf::ReadResult::kError) throw std::runtime_error(reader_.error());
+        return r == vf::ReadResult::kFrame;
     }
 
 private:
-    bool compact() {
-        buf_.erase(0, start_);
-        start_ = 0;
-        return false;
-    }
     int fd_;
-    std::string buf_;
-    size_t start_ = 0;
+    vf::DaemonFrameReader reader_;
 };
 
 bool waitReadable(int fd, int timeoutMs) {

@@ -30,6 +30,10 @@ std::string EncodeClientRecord(uint32_t token, std::string_view payload, uint32_
 // A whole daemon frame, as the daemon writes it (for fake daemons in tests).
 std::string EncodeDaemonFrame(uint32_t type, uint32_t token, std::string_view payload);
 
+// Writes all of bytes to a socket, waiting while it is full; false when the
+// peer is gone or the socket fails (never SIGPIPE).
+bool WriteAll(int fd, std::string_view bytes);
+
 struct DaemonFrame {
     uint32_t type = 0;
     uint32_t token = 0;
@@ -48,54 +52,44 @@ enum class ReadResult {
     kError,     // the stream cannot be cut any further; error() says why
 };
 
-// Shared by the two readers: a growing buffer of unconsumed bytes.
-class ByteQueue {
+// Cuts length-prefixed records out of a byte stream fed in pieces of any
+// size. The two directions differ only in the length word's byte order and
+// in what the first word after it means.
+class StreamCutter {
 public:
     void Append(const void* data, size_t len);
-    size_t size() const { return mData.size() - mStart; }
-    const unsigned char* data() const {
-        return reinterpret_cast<const unsigned char*>(mData.data()) + mStart;
-    }
-    void Consume(size_t len);
-
-private:
-    std::string mData;
-    size_t mStart = 0;
-};
-
-// Cuts daemon frames out of a byte stream fed in pieces of any size.
-class DaemonFrameReader {
-public:
-    // maxLength bounds the length word; a larger one is an error.
-    explicit DaemonFrameReader(uint32_t maxLength = kMaxDaemonFrameLength)
-        : mMaxLength(maxLength) {}
-
-    void Append(const void* data, size_t len) { mQueue.Append(data, len); }
-    ReadResult Next(DaemonFrame* out);
     const std::string& error() const { return mError; }
     // Bytes received but not yet returned as a frame.
-    size_t buffered() const { return mQueue.size(); }
+    size_t buffered() const { return mData.size() - mStart; }
+
+protected:
+    // maxLength bounds the length word; a larger one is an error.
+    StreamCutter(uint32_t maxLength, bool bigEndianLength)
+        : mMaxLength(maxLength), mBigEndianLength(bigEndianLength) {}
+    ReadResult Cut(uint32_t* firstWord, uint32_t* token, std::string* payload);
 
 private:
     uint32_t mMaxLength;
-    ByteQueue mQueue;
+    bool mBigEndianLength;
+    std::string mData;
+    size_t mStart = 0;
     std::string mError;
 };
 
-// Cuts client records out of a byte stream (what a daemon reads).
-class ClientRecordReader {
+// Cuts daemon frames (what a client reads).
+class DaemonFrameReader : public StreamCutter {
 public:
-    explicit ClientRecordReader(uint32_t maxLength = kMaxRecordLen) : mMaxLength(maxLength) {}
+    explicit DaemonFrameReader(uint32_t maxLength = kMaxDaemonFrameLength)
+        : StreamCutter(maxLength, false) {}
+    ReadResult Next(DaemonFrame* out) { return Cut(&out->type, &out->token, &out->payload); }
+};
 
-    void Append(const void* data, size_t len) { mQueue.Append(data, len); }
-    ReadResult Next(ClientRecord* out);
-    const std::string& error() const { return mError; }
-    size_t buffered() const { return mQueue.size(); }
-
-private:
-    uint32_t mMaxLength;
-    ByteQueue mQueue;
-    std::string mError;
+// Cuts client records (what a daemon reads).
+class ClientRecordReader : public StreamCutter {
+public:
+    explicit ClientRecordReader(uint32_t maxLength = kMaxRecordLen)
+        : StreamCutter(maxLength, true) {}
+    ReadResult Next(ClientRecord* out) { return Cut(&out->reserved, &out->token, &out->payload); }
 };
 
 }  // namespace velard_framing

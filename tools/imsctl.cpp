@@ -260,19 +260,6 @@ int Connect(const std::string& path, long retryMs, Output& out) {
     }
 }
 
-bool SendAll(int fd, const std::string& bytes) {
-    size_t done = 0;
-    while (done < bytes.size()) {
-        ssize_t n = send(fd, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
-        if (n < 0) {
-            if (errno == EINTR) continue;
-            return false;
-        }
-        done += static_cast<size_t>(n);
-    }
-    return true;
-}
-
 [[noreturn]] void Usage(const std::string& why) {
     if (!why.empty()) fprintf(stderr, "imsctl: %s\n", why.c_str());
     fprintf(why.empty() ? stdout : stderr,
@@ -383,7 +370,7 @@ LineResult HandleLine(const std::string& line, int lineNo, Session& s, Codec& co
     if (!codec.ToJson(imsCommonStruc::Request::default_instance(), binary, &echo, &error, &warning))
         echo = "null";
     out.Line(FrameLine("request", *token, echo));
-    if (!SendAll(s.fd, vf::EncodeClientRecord(*token, binary))) {
+    if (!vf::WriteAll(s.fd, vf::EncodeClientRecord(*token, binary))) {
         out.Error(where + "not sent: " + strerror(errno));
         return LineResult::kLostConnection;
     }

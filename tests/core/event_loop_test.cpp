@@ -25,11 +25,6 @@ struct Pipe {
         close(w);
     }
     void poke() { EXPECT_EQ(write(w, "x", 1), 1); }
-    void drain() {
-        char buf[64];
-        while (read(r, buf, sizeof buf) > 0) {
-        }
-    }
 };
 
 std::vector<int> g_fired;
@@ -37,7 +32,9 @@ imsEvent* g_self = nullptr;
 int g_indexSeen = 0;
 bool g_watchedSeen = true;
 
-void record(int fd, short, void*) { g_fired.push_back(fd); }
+void record(int fd, short, void*) {
+    g_fired.push_back(fd);
+}
 void recordAndInspect(int fd, short, void*) {
     g_fired.push_back(fd);
     g_indexSeen = g_self->index;
@@ -46,6 +43,12 @@ void recordAndInspect(int fd, short, void*) {
 void deleteSelf(int fd, short, void*) {
     g_fired.push_back(fd);
     ImsEventDel(g_self);
+}
+
+// Sets ev up on fd and adds it to the table.
+void watch(imsEvent& ev, int fd, bool persist = true, void (*func)(int, short, void*) = record) {
+    ImsEventSet(&ev, fd, persist, func, nullptr);
+    ImsEventAdd(&ev);
 }
 
 class EventLoop : public ::testing::Test {
@@ -62,10 +65,7 @@ protected:
 TEST_F(EventLoop, TableHoldsEightAndSilentlyDropsTheNinth) {
     std::vector<Pipe> pipes(9);
     std::vector<imsEvent> events(9);
-    for (int i = 0; i < 9; i++) {
-        ImsEventSet(&events[i], pipes[i].r, true, record, nullptr);
-        ImsEventAdd(&events[i]);
-    }
+    for (int i = 0; i < 9; i++) watch(events[i], pipes[i].r);
     for (int i = 0; i < 8; i++) EXPECT_EQ(events[i].index, i);
     EXPECT_EQ(events[8].index, -1);
     EXPECT_FALSE(ImsEventIsWatched(pipes[8].r));
@@ -77,10 +77,8 @@ TEST_F(EventLoop, NfdsFollowsTheHighestDescriptor) {
     Pipe a, b;
     imsEvent low, high;
     int lo = std::min(a.r, b.r), hi = std::max(a.r, b.r);
-    ImsEventSet(&low, lo, true, record, nullptr);
-    ImsEventSet(&high, hi, true, record, nullptr);
-    ImsEventAdd(&low);
-    ImsEventAdd(&high);
+    watch(low, lo);
+    watch(high, hi);
     EXPECT_EQ(ImsEventNfds(), hi + 1);
     ImsEventDel(&low);  // not the highest: unchanged
     EXPECT_EQ(ImsEventNfds(), hi + 1);
@@ -93,44 +91,39 @@ TEST_F(EventLoop, NfdsFollowsTheHighestDescriptor) {
     EXPECT_EQ(low.index, -1);
 }
 
-TEST_F(EventLoop, OneShotFiresOnceAndIsGoneWhenItsCallbackRuns) {
-    Pipe p;
-    imsEvent ev;
-    g_self = &ev;
-    ImsEventSet(&ev, p.r, false, recordAndInspect, nullptr);
-    ImsEventAdd(&ev);
-    p.poke();
-    EXPECT_EQ(ImsEventLoopOnce(1000), 1);
-    EXPECT_EQ(g_fired, std::vector<int>{p.r});
-    EXPECT_EQ(g_indexSeen, -1);
-    EXPECT_FALSE(g_watchedSeen);
-    EXPECT_EQ(ImsEventLoopOnce(0), 0);  // still readable, no longer watched
+// A one-shot event is out of the table by the time its callback runs; a
+// persistent one that deletes itself from its callback stops at once.
+TEST_F(EventLoop, EventsOutOfTheTableFireNoMore) {
+    for (bool persist : {false, true}) {
+        SCOPED_TRACE(persist ? "persistent, deletes itself" : "one-shot");
+        g_fired.clear();
+        Pipe p;
+        imsEvent ev;
+        g_self = &ev;
+        g_indexSeen = 0;
+        g_watchedSeen = true;
+        watch(ev, p.r, persist, persist ? deleteSelf : recordAndInspect);
+        p.poke();
+        EXPECT_EQ(ImsEventLoopOnce(1000), 1);
+        EXPECT_EQ(g_fired, std::vector<int>{p.r});
+        if (!persist) {
+            EXPECT_EQ(g_indexSeen, -1);
+            EXPECT_FALSE(g_watchedSeen);
+        }
+        EXPECT_EQ(ImsEventLoopOnce(0), 0);  // still readable, no longer watched
+    }
 }
 
 TEST_F(EventLoop, ReadyEventsFireInSlotOrderNotDescriptorOrder) {
     Pipe a, b;
     int first = std::max(a.r, b.r), second = std::min(a.r, b.r);
     imsEvent e1, e2;
-    ImsEventSet(&e1, first, true, record, nullptr);
-    ImsEventSet(&e2, second, true, record, nullptr);
-    ImsEventAdd(&e1);
-    ImsEventAdd(&e2);
+    watch(e1, first);
+    watch(e2, second);
     a.poke();
     b.poke();
     ImsEventLoopOnce(1000);
     EXPECT_EQ(g_fired, (std::vector<int>{first, second}));
-}
-
-TEST_F(EventLoop, PersistentEventThatDeletesItselfStopsAtOnce) {
-    Pipe p;
-    imsEvent ev;
-    g_self = &ev;
-    ImsEventSet(&ev, p.r, true, deleteSelf, nullptr);
-    ImsEventAdd(&ev);
-    p.poke();
-    ImsEventLoopOnce(1000);
-    EXPECT_EQ(ImsEventLoopOnce(0), 0);
-    EXPECT_EQ(g_fired.size(), 1u);
 }
 
 TEST_F(EventLoop, DescriptorsBeyondTheReadSetAreNeverWatched) {
@@ -138,9 +131,8 @@ TEST_F(EventLoop, DescriptorsBeyondTheReadSetAreNeverWatched) {
     int big = dup2(p.r, 1500);
     ASSERT_EQ(big, 1500);
     imsEvent ev;
-    ImsEventSet(&ev, big, true, record, nullptr);
     int before = ImsEventNfds();
-    ImsEventAdd(&ev);
+    watch(ev, big);
     EXPECT_EQ(ev.index, -1);
     EXPECT_EQ(ImsEventNfds(), before);
     close(big);

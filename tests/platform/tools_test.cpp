@@ -1,6 +1,7 @@
 // The host tools run as separate processes: velard-host with small shell
 // daemons and a fake daemon, imsctl against a daemon played by the test.
 #include <fcntl.h>
+#include <spawn.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
@@ -23,12 +24,15 @@
 #include <gtest/gtest.h>
 
 #include "framing.h"
+#include "tests/support/stderr_capture.h"
 
 namespace fs = std::filesystem;
 namespace vf = velard_framing;
 using namespace std::chrono_literals;
 
 namespace {
+
+using velard_test::splitLines;
 
 std::string Bytes(std::initializer_list<int> b) {
     std::string s;
@@ -48,14 +52,6 @@ std::string ReadFile(const fs::path& p) {
     return ss.str();
 }
 
-std::vector<std::string> Lines(const std::string& text) {
-    std::vector<std::string> out;
-    std::istringstream in(text);
-    std::string line;
-    while (std::getline(in, line)) out.push_back(line);
-    return out;
-}
-
 bool WaitFor(const std::function<bool()>& cond, std::chrono::milliseconds limit = 5000ms) {
     auto until = std::chrono::steady_clock::now() + limit;
     while (!cond()) {
@@ -65,16 +61,13 @@ bool WaitFor(const std::function<bool()>& cond, std::chrono::milliseconds limit 
     return true;
 }
 
-// A UNIX stream socket bound at path, not listening; -1 on failure.
+// A UNIX stream socket bound at path, not listening.
 int BoundSocket(const fs::path& path) {
     int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_un addr{};
     addr.sun_family = AF_UNIX;
     strncpy(addr.sun_path, path.c_str(), sizeof addr.sun_path - 1);
-    if (bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0) {
-        close(fd);
-        return -1;
-    }
+    EXPECT_EQ(bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr), 0) << path;
     return fd;
 }
 
@@ -106,27 +99,22 @@ public:
           mErr(dir.path() / ("err" + std::to_string(sCount))) {
         fs::path in = dir.path() / ("in" + std::to_string(sCount));
         std::ofstream(in) << input;
-        // Everything is ready before fork: the test may have threads running.
         std::vector<char*> args;
         for (auto& a : argv) args.push_back(a.data());
         args.push_back(nullptr);
-        int i = open(in.c_str(), O_RDONLY | O_CLOEXEC);
-        int o = open(mOut.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-        int e = open(mErr.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-        mPid = fork();
-        if (mPid == 0) {
-            // A group of its own, so that a stray kill(0, ...) below it
-            // cannot reach the test runner.
-            setpgid(0, 0);
-            dup2(i, 0);
-            dup2(o, 1);
-            dup2(e, 2);
-            execv(args[0], args.data());
-            _exit(126);
-        }
-        close(i);
-        close(o);
-        close(e);
+        posix_spawn_file_actions_t files;
+        posix_spawn_file_actions_init(&files);
+        posix_spawn_file_actions_addopen(&files, 0, in.c_str(), O_RDONLY, 0);
+        for (auto [fd, path] : {std::pair{1, &mOut}, std::pair{2, &mErr}})
+            posix_spawn_file_actions_addopen(&files, fd, path->c_str(), O_WRONLY | O_CREAT, 0600);
+        // A group of its own, so that a stray kill(0, ...) below it cannot
+        // reach the test runner.
+        posix_spawnattr_t attr;
+        posix_spawnattr_init(&attr);
+        posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETPGROUP);
+        EXPECT_EQ(posix_spawn(&mPid, args[0], &files, &attr, args.data(), environ), 0) << args[0];
+        posix_spawn_file_actions_destroy(&files);
+        posix_spawnattr_destroy(&attr);
     }
     ~Child() {
         if (mPid > 0 && !mDone) {
@@ -139,16 +127,9 @@ public:
 
     // Raw wait status, or -1 if the child is still running after the limit.
     int Wait(std::chrono::milliseconds limit = 10000ms) {
-        auto until = std::chrono::steady_clock::now() + limit;
-        for (;;) {
-            pid_t r = waitpid(mPid, &mStatus, WNOHANG);
-            if (r == mPid) {
-                mDone = true;
-                return mStatus;
-            }
-            if (std::chrono::steady_clock::now() > until) return -1;
-            std::this_thread::sleep_for(5ms);
-        }
+        if (!WaitFor([&] { return waitpid(mPid, &mStatus, WNOHANG) == mPid; }, limit)) return -1;
+        mDone = true;
+        return mStatus;
     }
 
     std::string Out() const { return ReadFile(mOut); }
@@ -241,22 +222,21 @@ TEST(VelardHost, RefusesToStart) {
 TEST(VelardHost, RestartsDaemonUntilStopped) {
     TempDir dir;
     fs::path sock = dir.path() / "s", starts = dir.path() / "starts", mark = dir.path() / "mark";
-    fs::path daemon = dir.Script("d", "stat -L -c %i /proc/self/fd/$ANDROID_SOCKET_velard >> " +
-                                          starts.string() + R"sh(
-[ $(wc -l < )sh" + starts.string() + R"sh() -lt 3 ] && exit 1
-trap "sleep 0.2; touch )sh" + mark.string() +
-                                          R"sh(; exit 0" TERM
-while :; do sleep 0.05; done)sh");
+    // Each start sets its trap before it counts itself; the third one stays.
+    fs::path daemon = dir.Script("d", "trap 'sleep 0.2; touch " + mark.string() +
+                                          "; exit 0' TERM\n"
+                                          "stat -L -c %i /proc/self/fd/$ANDROID_SOCKET_velard >> " +
+                                          starts.string() + "\n[ $(wc -l < " + starts.string() +
+                                          ") -lt 3 ] && exit 1\nwhile :; do sleep 0.05; done");
     Child host(dir, {VELARD_HOST_BIN, "--socket", sock, "--daemon", daemon});
-    ASSERT_TRUE(WaitFor([&] { return Lines(ReadFile(starts)).size() == 3; })) << host.Err();
+    ASSERT_TRUE(WaitFor([&] { return splitLines(ReadFile(starts)).size() == 3; })) << host.Err();
     EXPECT_TRUE(fs::is_socket(sock));
-    std::this_thread::sleep_for(100ms);  // let the third one set its trap
     host.Signal(SIGTERM);
     EXPECT_TRUE(ExitedWith(host.Wait(), 0)) << host.Err();
     EXPECT_TRUE(fs::exists(mark));
     EXPECT_FALSE(fs::exists(sock));
 
-    auto inodes = Lines(ReadFile(starts));
+    auto inodes = splitLines(ReadFile(starts));
     EXPECT_EQ(inodes, std::vector<std::string>(3, inodes[0]));
     EXPECT_NE(host.Err().find("daemon ended (exit status 1); restarting"), std::string::npos)
         << host.Err();
@@ -298,8 +278,8 @@ TEST(Imsctl, PrintsWhateverTheDaemonSends) {
         R"({"frame":"unknown","type":5,"token":11,"error":"unknown frame type","payload":"6162"})",
         std::string(R"({"frame":"response","token":12,"message":)") + kGeneralResponseJson + "}",
     };
-    EXPECT_EQ(Lines(ctl.Out()), expected);
-    EXPECT_EQ(Lines(ctl.Err()).size(), 3u) << ctl.Err();
+    EXPECT_EQ(splitLines(ctl.Out()), expected);
+    EXPECT_EQ(splitLines(ctl.Err()).size(), 3u) << ctl.Err();
 }
 
 // A socket nobody listens on yet is retried for a while, then given up.
@@ -323,29 +303,27 @@ TEST(HostTools, SessionsAcrossDaemonRestart) {
     fs::path sock = dir.path() / "velard", log = dir.path() / "log";
     Child host(dir, {VELARD_HOST_BIN, "--socket", sock, "--daemon", FAKE_VELARD_BIN, "--",
                      "FAKE_LOG=" + log.string()});
-    const std::string input = R"({"reqid":"REQ_UA_DELETION","requestUaDeletion":{"handle":5}})"
-                              "\n\n   # a comment\nnot json\n"  // 2-4
-                              R"({"reqid":103,"bogus":1})"
-                              "\n"  // 5
-                              R"({"token":4294967295,"reqid":103,"requestUaDeletion":{"handle":6}})"
-                              "\n"
-                              R"({"token":-1,"reqid":103})"
-                              "\n"  // 7
-                              R"({"token":4294967296,"reqid":103})"
-                              "\n"  // 8
-                              R"({"token":"7","reqid":103})"
-                              "\n"       // 9
-                              "[103]\n"  // 10
-                              R"({"requestUaDeletion":{"handle":5}})"
-                              "\n"  // 11
-                              R"({"reqid":"NO_SUCH_ID"})"
-                              "\n"  // 12
-                              R"({"sleep_ms":20})"
-                              "\n"  // 13
-                              R"({"sleep_ms":-5})"
-                              "\n"  // 14
-                              R"({"reqid":"REQ_UA_DELETION","requestUaDeletion":{"handle":7}})"
-                              "\r\n";
+    // Line n of the session is lines[n - 1].
+    const char* lines[] = {
+        R"({"reqid":"REQ_UA_DELETION","requestUaDeletion":{"handle":5}})",
+        "",
+        "   # a comment",
+        "not json",
+        R"({"reqid":103,"bogus":1})",
+        R"({"token":4294967295,"reqid":103,"requestUaDeletion":{"handle":6}})",
+        R"({"token":-1,"reqid":103})",
+        R"({"token":4294967296,"reqid":103})",
+        R"({"token":"7","reqid":103})",
+        "[103]",
+        R"({"requestUaDeletion":{"handle":5}})",
+        R"({"reqid":"NO_SUCH_ID"})",
+        R"({"sleep_ms":20})",
+        R"({"sleep_ms":-5})",
+        R"({"reqid":"REQ_UA_DELETION","requestUaDeletion":{"handle":7}})"
+        "\r",
+    };
+    std::string input;
+    for (const char* l : lines) input += l + std::string("\n");
     Child first(dir, {IMSCTL_BIN, "--socket", sock, "--wait-ms", "200"}, input);
     EXPECT_TRUE(ExitedWith(first.Wait(), 0)) << first.Err() << host.Err();
     Child second(dir, {IMSCTL_BIN, "--socket", sock, "--wait-ms", "200"},
@@ -354,10 +332,10 @@ TEST(HostTools, SessionsAcrossDaemonRestart) {
 
     // Requests without a token number themselves from 1, skipping the lines
     // that were refused; each is echoed, and its answer printed after it.
-    EXPECT_EQ(Lines(ReadFile(log)),
+    EXPECT_EQ(splitLines(ReadFile(log)),
               (std::vector<std::string>{"1 0 086722020805", "4294967295 0 086722020806",
                                         "2 0 086722020807", "3 0 086722020808"}));
-    auto out = Lines(first.Out() + second.Out());
+    auto out = splitLines(first.Out() + second.Out());
     ASSERT_EQ(out.size(), 8u) << first.Out() << second.Out();
     const std::pair<const char*, int> sent[] = {{"1", 5}, {"4294967295", 6}, {"2", 7}, {"3", 8}};
     for (const auto& [token, handle] : sent) {
@@ -373,7 +351,7 @@ TEST(HostTools, SessionsAcrossDaemonRestart) {
         EXPECT_NE(response, out.end()) << token;
     }
     std::vector<int> errorLines;
-    for (const auto& e : Lines(first.Err())) {
+    for (const auto& e : splitLines(first.Err())) {
         int n = 0;
         ASSERT_EQ(sscanf(e.c_str(), "imsctl: line %d:", &n), 1) << e;
         errorLines.push_back(n);

@@ -15,6 +15,7 @@
 
 #include <chrono>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
@@ -25,7 +26,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 int remainingMs(Clock::time_point deadline) {
-    auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
     return left < 0 ? 0 : static_cast<int>(left);
 }
 
@@ -40,8 +42,7 @@ sockaddr_un unixAddress(const std::string& path) {
 // end of stream.
 bool readSome(int fd, std::string& buf, int timeoutMs, const char* what) {
     pollfd pfd{fd, POLLIN, 0};
-    int r = poll(&pfd, 1, timeoutMs);
-    if (r <= 0) return false;
+    if (poll(&pfd, 1, timeoutMs) <= 0) return false;
     char chunk[65536];
     ssize_t n = read(fd, chunk, sizeof chunk);
     if (n < 0 && (errno == EINTR || errno == EAGAIN)) return true;
@@ -51,25 +52,30 @@ bool readSome(int fd, std::string& buf, int timeoutMs, const char* what) {
 }
 
 void writeAll(int fd, const std::string& bytes) {
-    size_t off = 0;
-    while (off < bytes.size()) {
-        ssize_t n = write(fd, bytes.data() + off, bytes.size() - off);
-        if (n < 0 && errno == EINTR) continue;
-        if (n < 0 && errno == EAGAIN) {
-            pollfd pfd{fd, POLLOUT, 0};
-            poll(&pfd, 1, 1000);
-            continue;
-        }
-        if (n <= 0) throw std::runtime_error("write failed");
-        off += static_cast<size_t>(n);
+    if (!velard_framing::WriteAll(fd, bytes)) throw std::runtime_error("write failed");
+}
+
+// Reads from fd into buf until take() yields a value; throws once the time
+// is up.
+template <typename Take>
+auto readUntil(int fd, std::string& buf, int timeoutMs, const char* what, Take take) {
+    auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
+    for (;;) {
+        if (auto got = take()) return *got;
+        if (!readSome(fd, buf, remainingMs(deadline), what) && remainingMs(deadline) == 0)
+            throw std::runtime_error(std::string("nothing from ") + what + " within " +
+                                     std::to_string(timeoutMs) + " ms");
     }
 }
 
-uint32_t le32(const std::string& s, size_t at) {
-    return static_cast<uint32_t>(static_cast<unsigned char>(s[at])) |
-           static_cast<uint32_t>(static_cast<unsigned char>(s[at + 1])) << 8 |
-           static_cast<uint32_t>(static_cast<unsigned char>(s[at + 2])) << 16 |
-           static_cast<uint32_t>(static_cast<unsigned char>(s[at + 3])) << 24;
+// Polls cond every stepMs until it holds; false when the deadline passes.
+template <typename Cond>
+bool waitUntil(Clock::time_point deadline, int stepMs, Cond cond) {
+    while (!cond()) {
+        if (remainingMs(deadline) == 0) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(stepMs));
+    }
+    return true;
 }
 
 }  // namespace
@@ -87,20 +93,22 @@ imsCommonStruc::Notify Frame::notify() const {
 }
 
 std::string clientRecord(const std::string& payload, uint32_t token) {
-    std::string out;
-    uint32_t len = static_cast<uint32_t>(payload.size() + 8);
-    out.push_back(static_cast<char>(len >> 24));
-    out.push_back(static_cast<char>(len >> 16));
-    out.push_back(static_cast<char>(len >> 8));
-    out.push_back(static_cast<char>(len));
-    out.append(4, '\0');
-    for (int i = 0; i < 4; i++) out.push_back(static_cast<char>(token >> (8 * i)));
-    out += payload;
-    return out;
+    return velard_framing::EncodeClientRecord(token, payload);
 }
 
 std::string clientRecord(const imsCommonStruc::Request& request, uint32_t token) {
     return clientRecord(request.SerializePartialAsString(), token);
+}
+
+imsCommonStruc::Request uaDeletionRequest(uint32_t handle) {
+    imsCommonStruc::Request r;
+    r.set_reqid(imsCommonStruc::Id(103));
+    r.mutable_requestuadeletion()->set_handle(handle);
+    return r;
+}
+
+Json cancelAlarmRecord(int value) {
+    return Json{{"class", "PrimitiveData<int>"}, {"id", 20002}, {"fields", {{"value", value}}}};
 }
 
 Daemon::Daemon() : Daemon(Options()) {}
@@ -152,17 +160,14 @@ Daemon::Daemon(const Options& options) {
     }
     if (options.connect) {
         // The daemon listens once its stack is up; until then connect fails.
-        while ((client_ = connectClient()) < 0) {
-            if (remainingMs(deadline) == 0) throw std::runtime_error("cannot connect to velard");
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
+        if (!waitUntil(deadline, 5, [&] { return (client_ = connectClient()) >= 0; }))
+            throw std::runtime_error("cannot connect to velard");
         // connect() returns once the kernel has queued the connection; until
         // the loop has accepted it, the daemon has no client and drops what
         // the stack sends. Wait for its word that it has one.
-        while (log().find("new connection") == std::string::npos) {
-            if (remainingMs(deadline) == 0) throw std::runtime_error("velard never accepted");
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
+        if (!waitUntil(deadline, 2,
+                       [&] { return log().find("new connection") != std::string::npos; }))
+            throw std::runtime_error("velard never accepted");
     }
 }
 
@@ -193,7 +198,9 @@ void Daemon::send(const imsCommonStruc::Request& request, uint32_t token) {
     sendRaw(clientRecord(request, token));
 }
 
-void Daemon::sendRaw(const std::string& bytes) { writeAll(client_, bytes); }
+void Daemon::sendRaw(const std::string& bytes) {
+    writeAll(client_, bytes);
+}
 
 void Daemon::closeClient() {
     if (client_ >= 0) close(client_);
@@ -201,50 +208,39 @@ void Daemon::closeClient() {
 }
 
 Frame Daemon::nextFrame(int timeoutMs) {
-    auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
-    for (;;) {
-        if (clientBuf_.size() >= 12) {
-            uint32_t len = le32(clientBuf_, 0);
-            if (len < 8) throw std::runtime_error("frame length below 8");
-            if (clientBuf_.size() >= len + 4) {
-                Frame f;
-                f.length = len;
-                f.type = le32(clientBuf_, 4);
-                f.token = le32(clientBuf_, 8);
-                f.payload = clientBuf_.substr(12, len - 8);
-                clientBuf_.erase(0, len + 4);
-                return f;
-            }
-        }
-        if (!readSome(client_, clientBuf_, remainingMs(deadline), "client") &&
-            remainingMs(deadline) == 0)
-            throw std::runtime_error("no frame within " + std::to_string(timeoutMs) + " ms");
-    }
+    std::string bytes;
+    return readUntil(client_, bytes, timeoutMs, "client", [&]() -> std::optional<Frame> {
+        clientReader_.Append(bytes.data(), bytes.size());
+        bytes.clear();
+        velard_framing::DaemonFrame f;
+        auto r = clientReader_.Next(&f);
+        if (r == velard_framing::ReadResult::kError)
+            throw std::runtime_error(clientReader_.error());
+        if (r == velard_framing::ReadResult::kNeedMore) return std::nullopt;
+        return Frame{static_cast<uint32_t>(f.payload.size() + 8), f.type, f.token, f.payload};
+    });
 }
 
 bool Daemon::expectNoFrame(int timeoutMs) {
-    if (!clientBuf_.empty()) return false;
+    if (clientReader_.buffered() > 0) return false;
+    std::string bytes;
     try {
-        return !readSome(client_, clientBuf_, timeoutMs, "client");
+        bool got = readSome(client_, bytes, timeoutMs, "client");
+        clientReader_.Append(bytes.data(), bytes.size());
+        return !got;
     } catch (const std::runtime_error&) {
         return true;
     }
 }
 
 Json Daemon::readControl(int timeoutMs) {
-    auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
-    for (;;) {
+    return readUntil(control_, controlBuf_, timeoutMs, "control", [&]() -> std::optional<Json> {
         size_t nl = controlBuf_.find('\n');
-        if (nl != std::string::npos) {
-            std::string line = controlBuf_.substr(0, nl);
-            controlBuf_.erase(0, nl + 1);
-            return Json::parse(line);
-        }
-        if (!readSome(control_, controlBuf_, remainingMs(deadline), "control") &&
-            remainingMs(deadline) == 0)
-            throw std::runtime_error("no control message within " + std::to_string(timeoutMs) +
-                                     " ms");
-    }
+        if (nl == std::string::npos) return std::nullopt;
+        std::string line = controlBuf_.substr(0, nl);
+        controlBuf_.erase(0, nl + 1);
+        return Json::parse(line);
+    });
 }
 
 Json Daemon::nextStackRequest(int timeoutMs) {
@@ -313,16 +309,10 @@ void Daemon::config(const Json& settings) {
 
 int Daemon::waitExit(int timeoutMs) {
     auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
-    for (;;) {
-        int st = 0;
-        pid_t r = waitpid(pid_, &st, WNOHANG);
-        if (r == pid_) {
-            status_ = WIFEXITED(st) ? WEXITSTATUS(st) : 128 + WTERMSIG(st);
-            return status_;
-        }
-        if (remainingMs(deadline) == 0) return -1;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
+    int st = 0;
+    if (!waitUntil(deadline, 5, [&] { return waitpid(pid_, &st, WNOHANG) == pid_; })) return -1;
+    status_ = WIFEXITED(st) ? WEXITSTATUS(st) : 128 + WTERMSIG(st);
+    return status_;
 }
 
 std::string Daemon::log() const {

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "framing.h"
 #include "imsCommonStruc.pb.h"
 
 namespace velard_test {
@@ -29,6 +30,11 @@ struct Frame {
 // A client record: big-endian length, reserved word, token, payload.
 std::string clientRecord(const std::string& payload, uint32_t token);
 std::string clientRecord(const imsCommonStruc::Request& request, uint32_t token);
+
+// The request (103) the core tests send: short, answered by one record.
+imsCommonStruc::Request uaDeletionRequest(uint32_t handle);
+// The notification (20002) the core tests raise from the stack.
+Json cancelAlarmRecord(int value);
 
 class Daemon {
 public:
@@ -80,7 +86,7 @@ private:
     int control_ = -1;
     int client_ = -1;
     std::string controlBuf_;
-    std::string clientBuf_;
+    velard_framing::DaemonFrameReader clientReader_;
     std::deque<Json> requests_;
     int seq_ = 0;
 };

@@ -1,15 +1,20 @@
 #include "in_process.h"
 
-#include <stdio.h>
-#include <stdlib.h>
-#include <unistd.h>
-
 #include <stdexcept>
+
+#include "framing.h"
 
 namespace velard_test {
 namespace {
 
 StackCapture* s_current = nullptr;
+
+std::unique_ptr<ImsData> recordFromJson(const Json& json) {
+    std::string error;
+    std::unique_ptr<ImsData> record(velar_sim::recordFromJson(json, &error));
+    if (!record) throw std::runtime_error("bad record: " + error);
+    return record;
+}
 
 void captureHook(unsigned int token, ImsData* record, void*) {
     CapturedRecord r{token, std::unique_ptr<ImsData>(record), velar_sim::recordToJson(record)};
@@ -32,13 +37,9 @@ StackCapture::~StackCapture() {
 
 std::vector<CapturedRecord> dispatch(const imsCommonStruc::Request& request, unsigned int token) {
     StackCapture capture;
-    std::string payload = request.SerializePartialAsString();
-    std::string record(8, '\0');
-    record[4] = static_cast<char>(token);
-    record[5] = static_cast<char>(token >> 8);
-    record[6] = static_cast<char>(token >> 16);
-    record[7] = static_cast<char>(token >> 24);
-    record += payload;
+    // What the record stream hands on: the record without its length word.
+    std::string record =
+        velard_framing::EncodeClientRecord(token, request.SerializePartialAsString()).substr(4);
     ProcessCommandBuffer(record.data(), record.size());
     return std::move(capture.records);
 }
@@ -60,10 +61,7 @@ std::pair<int, imsCommonStruc::Response> respond(ImsData* record, unsigned int t
 }
 
 std::pair<int, imsCommonStruc::Response> respondJson(const Json& json, unsigned int token) {
-    std::string error;
-    std::unique_ptr<ImsData> record(velar_sim::recordFromJson(json, &error));
-    if (!record) throw std::runtime_error("bad record: " + error);
-    return respond(record.get(), token);
+    return respond(recordFromJson(json).get(), token);
 }
 
 std::pair<int, imsCommonStruc::Notify> notify(ImsData* record) {
@@ -77,39 +75,7 @@ std::pair<int, imsCommonStruc::Notify> notify(ImsData* record) {
 }
 
 std::pair<int, imsCommonStruc::Notify> notifyJson(const Json& json) {
-    std::string error;
-    std::unique_ptr<ImsData> record(velar_sim::recordFromJson(json, &error));
-    if (!record) throw std::runtime_error("bad record: " + error);
-    return notify(record.get());
-}
-
-LogCapture::LogCapture() {
-    fflush(stderr);
-    FILE* f = tmpfile();
-    file_ = dup(fileno(f));
-    fclose(f);
-    saved_ = dup(2);
-    dup2(file_, 2);
-}
-
-LogCapture::~LogCapture() { lines(); }
-
-std::vector<std::string> LogCapture::lines() {
-    if (!done_) {
-        done_ = true;
-        fflush(stderr);
-        dup2(saved_, 2);
-        close(saved_);
-        std::string text;
-        char buf[4096];
-        lseek(file_, 0, SEEK_SET);
-        for (ssize_t n; (n = read(file_, buf, sizeof buf)) > 0;) text.append(buf, static_cast<size_t>(n));
-        close(file_);
-        size_t start = 0;
-        for (size_t nl; (nl = text.find('\n', start)) != std::string::npos; start = nl + 1)
-            lines_.push_back(text.substr(start, nl - start));
-    }
-    return lines_;
+    return notify(recordFromJson(json).get());
 }
 
 bool LogCapture::contains(const std::string& text) {

@@ -9,6 +9,7 @@
 
 #include "core/ims_core.h"
 #include "stack/sim/velar_sim.h"
+#include "tests/support/stderr_capture.h"
 
 namespace velard_test {
 
@@ -49,17 +50,12 @@ std::pair<int, imsCommonStruc::Notify> notifyJson(const Json& record);
 // Collects the log lines written to stderr while alive.
 class LogCapture {
 public:
-    LogCapture();
-    ~LogCapture();
     // Ends the capture (if still running) and returns the lines.
-    std::vector<std::string> lines();
+    std::vector<std::string> lines() { return splitLines(capture_.finish()); }
     bool contains(const std::string& text);
 
 private:
-    int saved_ = -1;
-    int file_ = -1;
-    bool done_ = false;
-    std::vector<std::string> lines_;
+    StderrCapture capture_;
 };
 
 }  // namespace velard_test
