@@ -38,6 +38,15 @@ sockaddr_un unixAddress(const std::string& path) {
     return addr;
 }
 
+// A UNIX stream socket bound at path.
+int boundSocket(const std::string& path, int flags) {
+    int fd = socket(AF_UNIX, SOCK_STREAM | flags, 0);
+    sockaddr_un addr = unixAddress(path);
+    if (bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0)
+        throw std::runtime_error("cannot bind " + path);
+    return fd;
+}
+
 // Reads what is there within the time into buf; false on timeout, throws on
 // end of stream.
 bool readSome(int fd, std::string& buf, int timeoutMs, const char* what) {
@@ -119,16 +128,10 @@ Daemon::Daemon(const Options& options) {
     dir_ = tmpl;
     std::string controlPath = dir_ + "/control.sock";
     if (options.controlled) {
-        controlListen_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_un ca = unixAddress(controlPath);
-        if (bind(controlListen_, reinterpret_cast<sockaddr*>(&ca), sizeof ca) != 0 ||
-            listen(controlListen_, 1) != 0)
-            throw std::runtime_error("control socket");
+        controlListen_ = boundSocket(controlPath, SOCK_CLOEXEC);
+        if (listen(controlListen_, 1) != 0) throw std::runtime_error("control socket");
     }
-    int listenFd = socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un la = unixAddress(socketPath());
-    if (bind(listenFd, reinterpret_cast<sockaddr*>(&la), sizeof la) != 0)
-        throw std::runtime_error("command socket");
+    int listenFd = boundSocket(socketPath(), 0);  // inherited by the daemon
 
     pid_ = fork();
     if (pid_ == 0) {
