@@ -210,25 +210,24 @@ TEST(CallEndToEnd, RequestsReachTheStackAndTheirAnswersTheClient) {
         EXPECT_EQ(req["token"], token) << row.id;
         EXPECT_EQ(req["record"], Json::parse(row.record)) << row.id;
 
-        imsCommonStruc::Response expected;
-        expected.set_resid(imsCommonStruc::Id(row.id));
         Json answer = Json::parse(
             row.callLevel ? R"({"class":"CallResponseData","fields":{"mHandle":10,"mSession":7,
                                 "mResult":1,"mReason":1,"mSipCallId":"c"}})"
                           : R"({"class":"GeneralResponseData","fields":{"handle":10,"reason":2}})");
         answer["id"] = row.id;
+        imsCommonStruc::Response expected;
+        expected.set_resid(imsCommonStruc::Id(row.id));
+        // clang-format off
         if (row.callLevel) {
             auto* b = expected.mutable_callresponse();
-            b->set_handle(10);
-            b->set_session(7);
-            b->set_result(imsCommonStruc::Result(1));
-            b->set_reason(imsCommonStruc::CallReason(1));
-            b->set_sipcallid("c");
+            b->set_handle(10); b->set_session(7); b->set_result(imsCommonStruc::Result(1));
+            b->set_reason(imsCommonStruc::CallReason(1)); b->set_sipcallid("c");
         } else {
-            expected.mutable_generalresponse()->set_handle(10);
-            expected.mutable_generalresponse()->set_result(imsCommonStruc::Result(0));
-            expected.mutable_generalresponse()->set_reason(imsCommonStruc::GeneralReason(2));
+            auto* b = expected.mutable_generalresponse();
+            b->set_handle(10); b->set_result(imsCommonStruc::Result(0));
+            b->set_reason(imsCommonStruc::GeneralReason(2));
         }
+        // clang-format on
         d.respond(token, answer);
         Frame f = d.nextFrame();
         EXPECT_EQ(f.type, 1u) << row.id;
