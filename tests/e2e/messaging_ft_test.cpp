@@ -1,7 +1,8 @@
 // File transfer, standalone messages and group chat through the real daemon:
 // every request and notification id of the family takes its way, from the
-// client's frame to the stack's record and back. The requests and the
-// notifications with many fields are checked field by field in process.
+// client's frame to the stack's record and back, and each answer and
+// notification fills its wire fields, presence bits included. What the
+// requests hand down is checked field by field in process.
 #include <gtest/gtest.h>
 
 #include <functional>

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -322,4 +323,20 @@ TEST(MessagingFtInProcess, LogLevelGatesTheDebugLines) {
         EXPECT_EQ(log.contains("D [IMS6.0]: PrepareResponseSlmSendFile: "), level > 1);
     }
     logLevel = saved;
+}
+
+// The simulated stack's auto mode answers with the record each response
+// handler reads.
+TEST(MessagingFtInProcess, AutoModeAnswersWithTheRecordTheResponseHandlerReads) {
+    const std::pair<int, const char*> table[] = {
+        {550, "StartSessionRespData"},     {553, "StartSessionRespData"},
+        {522, "CloseSessionRespData"},     {552, "CloseSessionRespData"},
+        {520, "SendImSlmMessageRespData"}, {521, "SendSlmFileRespData"},
+        {560, "GeneralResponseData"},      {561, "GeneralResponseData"}};
+    for (const auto& [id, cls] : table) {
+        PrimitiveData<int> request(id, 0);
+        std::unique_ptr<ImsData> answer(velar_sim::makeAutoAnswer(&request));
+        ASSERT_NE(answer, nullptr) << id;
+        EXPECT_EQ(velar_sim::recordToJson(answer.get())["class"], cls) << id;
+    }
 }
