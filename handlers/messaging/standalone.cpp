@@ -3,32 +3,28 @@
 // content and addressees by value. Incoming standalone files and their
 // progress go through the file transfer handlers.
 #include <string>
-#include <vector>
 
 #include "handlers/handlers.h"
+#include "handlers/messaging/file_transfer.h"
 #include "handlers/messaging/protobuf_data_translation.h"
 
 using namespace protobuf_data_translation;
+using namespace file_transfer;
 
 namespace {
 
-std::vector<ImParticipant> participantsFromWire(
-    const google::protobuf::RepeatedPtrField<imsCommonStruc::Participant>& wire) {
-    std::vector<ImParticipant> participants;
-    participants.reserve(static_cast<size_t>(wire.size()));
-    for (const auto& p : wire) participants.push_back(translateParticipant(p));
-    return participants;
-}
-
-// What a standalone request takes of the session: the addressees travel as
-// participants, so neither the handle nor the receivers nor the conference
-// flag apply.
-void fillStandaloneSession(FtSessionParam& session, const imsCommonStruc::BaseSessionData& wire) {
-    session.userAlias = wire.useralias();
-    session.contributionId = wire.contributionid();
-    session.conversationId = wire.conversationid();
-    session.inReplyToContributionId = wire.inreplytocontributionid();
-    session.preferredLineUri = wire.preferredlineuri();
+// The head both standalone requests share: the registration handle, the
+// participants in wire order and the part of the session that applies. The
+// addressees travel as participants, so neither the session handle nor the
+// receivers nor the conference flag do.
+template <class Record, class Body>
+Record* newStandaloneRecord(int id, const Body& body) {
+    auto* record = new Record(id);
+    record->handle = body.registrationhandle();
+    for (const auto& p : body.participant())
+        record->participants.push_back(translateParticipant(p));
+    copySessionIds(record->session, body.sessiondata());
+    return record;
 }
 
 }  // namespace
@@ -39,10 +35,7 @@ IMS_DISPATCH(DispatchIMSendSlmMessage) {
     const auto& wireSession = body.sessiondata();
     const auto& wireMessage = body.messageparam();
 
-    auto* record = new RequestSendImSlmMessage(520);
-    record->handle = body.registrationhandle();
-    record->participants = participantsFromWire(body.participant());
-    fillStandaloneSession(record->session, wireSession);
+    auto* record = newStandaloneRecord<RequestSendImSlmMessage>(520, body);
 
     ImMessage& message = record->message;
     // The alias of a standalone message is the session's, not the message's.
@@ -69,29 +62,19 @@ IMS_DISPATCH(DispatchSlmSendFile) {
     const auto& wireSession = body.sessiondata();
     const auto& wirePayload = body.payloadparam();
 
-    auto* record = new RequestSlmSendFile(521);
-    record->handle = body.registrationhandle();
-    record->participants = participantsFromWire(body.participant());
-    fillStandaloneSession(record->session, wireSession);
+    auto* record = newStandaloneRecord<RequestSlmSendFile>(521, body);
     record->session.sessionUri = wireSession.sessionuri();
     record->session.sdpContentType = wireSession.sdpcontenttype();
 
+    // A standalone file always goes whole, whatever range the client names,
+    // and without an icon; an empty file wraps round to the largest offset,
+    // as unsigned arithmetic gives it.
     FtPayload& payload = record->payload;
-    const auto& wireFile = wirePayload.fileattr();
-    payload.fileAttr.name = wireFile.name();
-    payload.fileAttr.path = wireFile.path();
-    payload.fileAttr.contentType = wireFile.contenttype();
-    payload.fileAttr.size = wireFile.size();
-    // A standalone file always goes whole, whatever range the client names;
-    // an empty file wraps round to the largest offset, as unsigned arithmetic
-    // gives it.
-    payload.fileAttr.end = wireFile.size() - 1;
-    payload.imdn = translateFwImdnData(wirePayload.imdn());
-    payload.deviceName = wirePayload.devicename();
-    payload.reliableMessage = wirePayload.reliablemessage();
-    payload.extraFt = wirePayload.extraft();
-    payload.isBurnMsg = wirePayload.isburnmsg();
-    payload.isPublicAccountMsg = wirePayload.ispublicaccountmsg();
+    payload.fileAttr = fileAttrFromWire(wirePayload.fileattr());
+    payload.fileAttr.start = 0;
+    payload.fileAttr.end = payload.fileAttr.size - 1;
+    payload.fileAttr.timeDuration = 0;
+    copyPayloadContent(payload, wirePayload);
     s_velar->OnRequest(token, record);
 }
 
