@@ -5,11 +5,14 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 flavour=${1:-release}
+sanitized=("-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g1" "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O1 -g1")
 case "$flavour" in
   release) args=(-DCMAKE_BUILD_TYPE=Release) ;;
-  asan) args=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELARD_SANITIZE=address) ;;
-  tsan) args=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELARD_SANITIZE=thread) ;;
-  fuzz) args=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELARD_SANITIZE=address
+  # Sanitizer builds at -O1 with line tables only: what their reports need,
+  # at a fraction of the compile time of -O2 -g on the record templates.
+  asan) args=(-DCMAKE_BUILD_TYPE=RelWithDebInfo "${sanitized[@]}" -DVELARD_SANITIZE=address) ;;
+  tsan) args=(-DCMAKE_BUILD_TYPE=RelWithDebInfo "${sanitized[@]}" -DVELARD_SANITIZE=thread) ;;
+  fuzz) args=(-DCMAKE_BUILD_TYPE=RelWithDebInfo "${sanitized[@]}" -DVELARD_SANITIZE=address
               -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
               "-DCMAKE_CXX_FLAGS=-fsanitize=fuzzer-no-link") ;;
   *) echo "unknown flavour $flavour" >&2; exit 2 ;;

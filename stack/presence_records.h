@@ -11,8 +11,6 @@
 // the daemon appends after construction.
 #define VELAR_ARGS_Element_Attribute \
     (name, const std::string&), (value, const std::string&), (nameSpace, const std::string&)
-#define VELAR_ARGS_Element \
-    (name, const std::string&), (value, const std::string&), (nameSpace, const std::string&)
 class Element {
 public:
     class Attribute {
@@ -20,8 +18,25 @@ public:
         VELAR_CONSTRUCTOR(Attribute, VELAR_ARGS_Element_Attribute)
     };
 
-    VELAR_CONSTRUCTOR(Element, VELAR_ARGS_Element)
-    VELAR_MEMBERS((attributes, std::vector<Attribute*>), (elements, std::vector<Element*>))
+    // Written out rather than declared by the macros: the library holds the
+    // two sequences between the name and the other two strings.
+    Element(const std::string& name_, const std::string& value_, const std::string& nameSpace_);
+    std::string name;
+    std::vector<Attribute*> attributes;
+    std::vector<Element*> elements;
+    std::string value;
+    std::string nameSpace;
+    template <class V>
+    void velarArgs(V& v) {
+        v("name", name);
+        v("value", value);
+        v("nameSpace", nameSpace);
+    }
+    template <class V>
+    void velarMembers(V& v) {
+        v("attributes", attributes);
+        v("elements", elements);
+    }
     ~Element();
     Element(const Element&) = delete;
     Element& operator=(const Element&) = delete;

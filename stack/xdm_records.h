@@ -119,25 +119,51 @@ public:
                  (etag, std::string), (retryAfter, std::string))
 };
 
-// Notification 14001. A string the daemon never reads stands between rid and
-// nafFqdn in the library's layout.
+// Notification 14001. The string after rid is the library's own: it keeps
+// its place in the layout but the daemon never reads it, so it has no JSON form.
 class XdmGbaRequestData : public ImsData {
 public:
-    VELAR_FIELDS((rid, unsigned int), (nafFqdn, std::string), (hexProtocolId, std::string))
+    unsigned int rid{};
+    std::string unread;
+    std::string nafFqdn;
+    std::string hexProtocolId;
+    template <class V>
+    void velarFields(V& v) {
+        v("rid", rid);
+        v("nafFqdn", nafFqdn);
+        v("hexProtocolId", hexProtocolId);
+    }
 };
 
-// Notification 14002. An unread field stands between nonce and sessionId.
+// Notification 14002. The library holds one more field between nonce and
+// sessionId, of a type not known here; it is left out, so a provider that
+// keeps it must not rely on this declaration's layout.
 class XdmAuthData : public ImsData {
 public:
     VELAR_FIELDS((recvMng, unsigned int), (nonce, std::string), (sessionId, unsigned int))
 };
 
-// Notification 14003. An unread string stands between rid and nonce.
+// Notification 14003. As in 14001, an unread string follows rid.
 class XdmStoreGbaKeyData : public ImsData {
 public:
-    VELAR_FIELDS((rid, unsigned int), (nonce, std::string), (btid, std::string),
-                 (lifetime, std::string), (gbaType, std::string), (nafFqdn, std::string),
-                 (hexProtocolId, std::string))
+    unsigned int rid{};
+    std::string unread;
+    std::string nonce;
+    std::string btid;
+    std::string lifetime;
+    std::string gbaType;
+    std::string nafFqdn;
+    std::string hexProtocolId;
+    template <class V>
+    void velarFields(V& v) {
+        v("rid", rid);
+        v("nonce", nonce);
+        v("btid", btid);
+        v("lifetime", lifetime);
+        v("gbaType", gbaType);
+        v("nafFqdn", nafFqdn);
+        v("hexProtocolId", hexProtocolId);
+    }
 };
 
 // Notifications 14004 and 14005; owns the vector.

@@ -2,7 +2,7 @@
 // both directions, in order, duplicates included.
 #include <vector>
 
-#include "handlers/handlers.h"
+#include "handlers/presence/notify_record.h"
 
 IMS_DISPATCH(DispatchOptionsCapExchange) {
     IMS_LOGI("%s()", __func__);
@@ -16,12 +16,8 @@ IMS_DISPATCH(DispatchOptionsCapExchange) {
 
 IMS_NOTIFY(NotifyOptionsReceived) {
     IMS_LOGD("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<OptionsReceivedData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<OptionsReceivedData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_optionsreceivedinfo();
     body->set_sessionid(record->sessionId);
     body->set_remoteuri(record->remoteUri);

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "handlers/handlers.h"
+#include "handlers/presence/notify_record.h"
 
 namespace {
 
@@ -88,12 +88,8 @@ IMS_DISPATCH(DispatchPresenceUnpublish) {
 
 IMS_NOTIFY(NotifyPresencePublishStatus) {
     IMS_LOGD("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<PresencePublishStatusData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<PresencePublishStatusData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_presencepublishstatus();
     // Every field is marked present, the optional ones included, whatever
     // the stack holds in them.

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "handlers/handlers.h"
+#include "handlers/presence/notify_record.h"
 
 IMS_DISPATCH(DispatchPresenceSubscribe) {
     IMS_LOGI("%s()", __func__);
@@ -38,12 +38,8 @@ IMS_DISPATCH(DispatchPresenceUnsubscribe) {
 
 IMS_NOTIFY(NotifyPresenceSubscribe) {
     IMS_LOGD("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<PresenceNotifyData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<PresenceNotifyData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_newpresenceinfo();
     body->set_handle(record->handle);
     body->set_subscriptionid(record->subscriptionId);
@@ -73,12 +69,8 @@ IMS_NOTIFY(NotifyPresenceSubscribe) {
 
 IMS_NOTIFY(NotifyPresenceSubscribeStatus) {
     IMS_LOGD("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<PresenceSubscribeStatusData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<PresenceSubscribeStatusData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_presencesubscribestatus();
     body->set_handle(record->handle);
     body->set_issuccess(record->isSuccess);

@@ -2,7 +2,9 @@
 // share. Numbers (CshError, CshRejectReason) pass unchanged.
 #include <string>
 
-#include "handlers/handlers.h"
+#include "handlers/share/share_common.h"
+
+namespace ims = imsCommonStruc;
 
 IMS_DISPATCH(DispatchIshStartSession) {
     IMS_LOGI("%s()", __func__);
@@ -48,12 +50,8 @@ IMS_RESPONSE(ResponseCshGeneralResponse) {
 
 IMS_NOTIFY(NotifyIshIncomingSession) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<IshIncomingData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<IshIncomingData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_ishincomingsession();
     body->set_sessionid(record->sessionId);
     body->set_remoteuri(record->remoteUri);
@@ -65,40 +63,20 @@ IMS_NOTIFY(NotifyIshIncomingSession) {
 
 IMS_NOTIFY(NotifyIshSessionEstablished) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<CshResultData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
-    auto* body = notify.mutable_ishsessionestablished();
-    body->set_sessionid(record->sessionId);
-    body->set_error(static_cast<imsCommonStruc::CshError>(record->code));
-    return 0;
+    return ims_share::NotifyResult(notify, data, &ims::Notify::mutable_ishsessionestablished,
+                                   &ims::Notify_IshSessionEstablished::set_error);
 }
 
 IMS_NOTIFY(NotifyIshSessionTerminated) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<CshResultData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
-    auto* body = notify.mutable_ishsessionterminated();
-    body->set_sessionid(record->sessionId);
-    body->set_reason(static_cast<imsCommonStruc::CshError>(record->code));
-    return 0;
+    return ims_share::NotifyResult(notify, data, &ims::Notify::mutable_ishsessionterminated,
+                                   &ims::Notify_IshSessionTerminated::set_reason);
 }
 
 IMS_NOTIFY(NotifyIshTransferProgress) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<IshProgressData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<IshProgressData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_ishtransferprogress();
     body->set_sessionid(record->sessionId);
     body->set_total(record->total);

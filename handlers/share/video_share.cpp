@@ -1,6 +1,8 @@
 // Video share sessions: a start names only the remote party, accepting and
 // stopping only the session.
-#include "handlers/handlers.h"
+#include "handlers/share/share_common.h"
+
+namespace ims = imsCommonStruc;
 
 IMS_DISPATCH(DispatchVshStartSession) {
     IMS_LOGI("%s()", __func__);
@@ -27,12 +29,8 @@ IMS_DISPATCH(DispatchVshStopSession) {
 
 IMS_NOTIFY(NotifyVshIncomingSession) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<VshIncomingData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<VshIncomingData>(notify, data);
+    if (record == nullptr) return -1;
     // type and fileName stay absent: the stack has neither.
     auto* body = notify.mutable_vshincomingsession();
     body->set_sessionid(record->sessionId);
@@ -42,28 +40,13 @@ IMS_NOTIFY(NotifyVshIncomingSession) {
 
 IMS_NOTIFY(NotifyVshSessionEstablished) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<CshResultData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
-    auto* body = notify.mutable_vshsessionestablished();
-    body->set_sessionid(record->sessionId);
-    body->set_resolution(static_cast<imsCommonStruc::VshResolution>(record->code));
-    return 0;
+    // A VshResolution number, not a CshError.
+    return ims_share::NotifyResult(notify, data, &ims::Notify::mutable_vshsessionestablished,
+                                   &ims::Notify_VshSessionEstablished::set_resolution);
 }
 
 IMS_NOTIFY(NotifyVshSessionTerminated) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<CshResultData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
-    auto* body = notify.mutable_vshsessionterminated();
-    body->set_sessionid(record->sessionId);
-    body->set_reason(static_cast<imsCommonStruc::CshError>(record->code));
-    return 0;
+    return ims_share::NotifyResult(notify, data, &ims::Notify::mutable_vshsessionterminated,
+                                   &ims::Notify_VshSessionTerminated::set_reason);
 }

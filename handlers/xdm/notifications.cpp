@@ -2,16 +2,12 @@
 // authentication challenges, bootstrapped data and downloaded contacts.
 #include <string>
 
-#include "handlers/handlers.h"
+#include "handlers/presence/notify_record.h"
 
 IMS_NOTIFY(NotifyXdmGbaKey) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<XdmGbaRequestData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<XdmGbaRequestData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_xdmreqgbadata();
     body->set_rid(record->rid);
     body->set_naffqdn(record->nafFqdn);
@@ -21,13 +17,9 @@ IMS_NOTIFY(NotifyXdmGbaKey) {
 
 IMS_NOTIFY(NotifyXdmAuth) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<XdmAuthData*>(data);
+    const auto* record = NotifyRecord<XdmAuthData>(notify, data);
+    if (record == nullptr) return -1;
     if (logLevel > 1) IMS_LOGD("nonce %s", record->nonce.c_str());
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
     auto* body = notify.mutable_xdmauth();
     body->set_sessionid(record->sessionId);
     body->set_nonce(record->nonce);
@@ -37,12 +29,8 @@ IMS_NOTIFY(NotifyXdmAuth) {
 
 IMS_NOTIFY(NotifyXdmStoreGbaAndGenKey) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<XdmStoreGbaKeyData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<XdmStoreGbaKeyData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_xdmstoregbadata();
     body->set_rid(record->rid);
     body->set_nonce(record->nonce);
@@ -109,12 +97,8 @@ void FillContact(imsCommonStruc::Contact* wire, const Contact& contact) {
 
 IMS_NOTIFY(NotifyXdmContactDownload) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<XdmContactListData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<XdmContactListData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_contactdownloadnotify();
     body->set_rid(record->rid);
     // A stack that hands up no vector at all has downloaded no contact.

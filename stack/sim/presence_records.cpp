@@ -15,7 +15,9 @@ Element::Attribute::Attribute(const std::string& name_, const std::string& value
                               const std::string& nameSpace_)
     : name(name_), value(value_), nameSpace(nameSpace_) {}
 
-VELAR_DEFINE_CONSTRUCTOR(Element, VELAR_ARGS_Element)
+Element::Element(const std::string& name_, const std::string& value_,
+                 const std::string& nameSpace_)
+    : name(name_), value(value_), nameSpace(nameSpace_) {}
 Element::~Element() {
     deleteAll(attributes);
     deleteAll(elements);
