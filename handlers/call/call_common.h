@@ -1,15 +1,33 @@
-// What the call handlers share: extra headers and bodies as the stack takes
-// them.
+// What the call handlers share: records the daemon builds itself, extra
+// headers and bodies as the stack takes and gives them, and the check of a
+// record handed up.
 #pragma once
 
 #include <map>
 #include <memory>
 #include <string>
 
+#include "handlers/ims_log.h"
 #include "imsCommonStruc.pb.h"
 #include "stack/velar.h"
 
 namespace ims_call {
+
+// A record with no exported constructor: the daemon sets its id itself.
+template <class Record>
+Record* NewRecord(int id) {
+    auto* record = new Record();
+    record->SetId(id);
+    return record;
+}
+
+// The stack hands up a record with every answer; a null one is logged and
+// nothing goes to the client.
+inline bool IsNull(const ImsData* data) {
+    if (data != nullptr) return false;
+    IMS_LOGE("invalid response: NULL");
+    return true;
+}
 
 // The stack takes one value per header name; the first pair that names it
 // wins, as the framework lists the preferred value first.
@@ -26,6 +44,13 @@ std::unique_ptr<AdditionalContents> ContentsOf(const Body& body) {
     if (!body.has_additionalcontents()) return nullptr;
     const imsCommonStruc::AdditionalContents contents = body.additionalcontents();
     return std::make_unique<AdditionalContents>(contents.mimetype(), contents.contents());
+}
+
+// The text form of a body handed up; an absent one gives empty strings, so
+// that the message the client gets still parses.
+inline void SetContents(imsCommonStruc::AdditionalContents* wire, const AdditionalContents* body) {
+    wire->set_mimetype(body != nullptr ? body->mimeType : std::string());
+    wire->set_contents(body != nullptr ? body->contents : std::string());
 }
 
 }  // namespace ims_call

@@ -36,8 +36,7 @@ IMS_DISPATCH(DispatchEndCall) {
         reason = new CallEndData::Reason(wire.protocol(), static_cast<int>(wire.cause()),
                                          wire.text(), std::move(extension), wire.islocalrelease());
     }
-    auto* record = new CallEndData();
-    record->SetId(202);
+    auto* record = ims_call::NewRecord<CallEndData>(202);
     record->mSession = static_cast<int>(body.session());
     record->mReason = reason;
     s_velar->OnRequest(token, record);
@@ -53,8 +52,7 @@ IMS_DISPATCH(DispatchAcceptCall) {
 IMS_DISPATCH(DispatchRejectCall) {
     IMS_LOGI("%s()", __func__);
     const auto body = request.requestrejectcall();
-    auto* record = new CallRejectData();
-    record->SetId(214);
+    auto* record = ims_call::NewRecord<CallRejectData>(214);
     record->mSession = static_cast<int>(body.session());
     record->mStatusCode = static_cast<int>(body.statuscode());
     record->mReasonPhrase = body.reasonphrase();
@@ -72,10 +70,7 @@ IMS_DISPATCH(DispatchProgressIncomingCall) {
 
 IMS_RESPONSE(ResponseCallResponse) {
     IMS_LOGI("%s()", "ResponseCallResponse");
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
+    if (ims_call::IsNull(data)) return -1;
     auto* record = static_cast<CallResponseData*>(data);
     response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
     auto* body = response.mutable_callresponse();

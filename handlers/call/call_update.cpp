@@ -51,8 +51,7 @@ IMS_DISPATCH(DispatchStopCamera) {
 IMS_DISPATCH(DispatchUpdateCall) {
     IMS_LOGI("%s()", __func__);
     const auto body = request.requestupdatecall();
-    auto* record = new CallUpdateData();
-    record->SetId(206);
+    auto* record = ims_call::NewRecord<CallUpdateData>(206);
     record->mSession = static_cast<int>(body.session());
     record->mAction = static_cast<int>(body.action());
     record->mCodecType = static_cast<int>(body.codectype());
@@ -71,8 +70,7 @@ IMS_DISPATCH(DispatchModifyCallType) {
 IMS_DISPATCH(DispatchReplyModifyCallType) {
     IMS_LOGI("%s()", __func__);
     const auto body = request.requestreplymodifycalltype();
-    auto* record = new ReplyModifyCallType();
-    record->SetId(217);
+    auto* record = ims_call::NewRecord<ReplyModifyCallType>(217);
     record->mSession = static_cast<int>(body.session());
     record->mReqType = body.reqtype();
     record->mCurType = body.curtype();
@@ -83,8 +81,7 @@ IMS_DISPATCH(DispatchReplyModifyCallType) {
 IMS_DISPATCH(DispatchRejectModifyCallType) {
     IMS_LOGI("%s()", __func__);
     const auto body = request.requestrejectmodifycalltype();
-    auto* record = new RejectModifyCallType();
-    record->SetId(221);
+    auto* record = ims_call::NewRecord<RejectModifyCallType>(221);
     record->mSession = static_cast<int>(body.session());
     record->mReason = body.reason();
     s_velar->OnRequest(token, record);
@@ -93,8 +90,7 @@ IMS_DISPATCH(DispatchRejectModifyCallType) {
 IMS_DISPATCH(DispatchSendDtmf) {
     IMS_LOGI("%s()", __func__);
     const auto body = request.requestsenddtmf();
-    auto* record = new CallSendDtmf();
-    record->SetId(207);
+    auto* record = ims_call::NewRecord<CallSendDtmf>(207);
     record->mHandle = static_cast<int>(body.handle());
     record->mSession = static_cast<int>(body.session());
     record->mCode = static_cast<int>(body.code());
@@ -106,8 +102,7 @@ IMS_DISPATCH(DispatchSendDtmf) {
 IMS_DISPATCH(DispatchUpdateAudioInterface) {
     IMS_LOGI("%s()", __func__);
     const auto* body = request.mutable_requestupdateaudiointerface();
-    auto* record = new AudioInterfaceData();
-    record->SetId(225);
+    auto* record = ims_call::NewRecord<AudioInterfaceData>(225);
     record->mHandle = static_cast<int>(body->handle());
     record->mMode = body->mode();
     s_velar->OnRequest(token, record);
@@ -124,8 +119,7 @@ IMS_DISPATCH(DispatchSendInfo) {
 IMS_DISPATCH(DispatchPublishDialog) {
     IMS_LOGI("%s()", __func__);
     const auto body = request.requestpublishdialog();
-    auto* record = new CallPublishData();
-    record->SetId(228);
+    auto* record = ims_call::NewRecord<CallPublishData>(228);
     record->mHandle = static_cast<int>(body.handle());
     record->mOrigUri = body.origuri();
     record->mDispName = body.dispname();

@@ -50,8 +50,7 @@ IMS_DISPATCH(DispatchUpdateConfCall) {
 IMS_DISPATCH(DispatchTransferCall) {
     IMS_LOGI("%s()", __func__);
     const auto body = request.requesttransfercall();
-    auto* record = new CallTransferData();
-    record->SetId(212);
+    auto* record = ims_call::NewRecord<CallTransferData>(212);
     record->mHandle = static_cast<int>(body.handle());
     record->mSession = static_cast<int>(body.session());
     record->mExtraText = std::string();
@@ -63,8 +62,7 @@ IMS_DISPATCH(DispatchTransferCall) {
 IMS_DISPATCH(DispatchAcceptTransferCall) {
     IMS_LOGI("%s()", __func__);
     const auto body = request.requestaccepttransfercall();
-    auto* record = new AcceptTransferData();
-    record->SetId(213);
+    auto* record = ims_call::NewRecord<AcceptTransferData>(213);
     record->mSession = static_cast<int>(body.session());
     record->mAccept = body.accept();
     record->mStatusCode = static_cast<int>(body.statuscode());
@@ -75,8 +73,7 @@ IMS_DISPATCH(DispatchAcceptTransferCall) {
 IMS_DISPATCH(DispatchCancelTransferCall) {
     IMS_LOGI("%s()", __func__);
     const auto body = request.requestcanceltransfercall();
-    auto* record = new CancelCallTransferData();
-    record->SetId(227);
+    auto* record = ims_call::NewRecord<CancelCallTransferData>(227);
     record->mHandle = static_cast<int>(body.handle());
     record->mSession = static_cast<int>(body.session());
     s_velar->OnRequest(token, record);
@@ -85,8 +82,7 @@ IMS_DISPATCH(DispatchCancelTransferCall) {
 IMS_DISPATCH(DispatchPullingCall) {
     IMS_LOGI("%s()", __func__);
     const auto body = request.requestpullingcall();
-    auto* record = new CallPullingData();
-    record->SetId(224);
+    auto* record = ims_call::NewRecord<CallPullingData>(224);
     record->mHandle = static_cast<int>(body.handle());
     record->mPullingUri = body.pullinguri();
     record->mTargetUri = body.targeturi();

@@ -3,6 +3,7 @@
 // event numbers are the same integers on both sides.
 #include <string>
 
+#include "handlers/call/call_common.h"
 #include "handlers/handlers.h"
 
 namespace {
@@ -11,10 +12,7 @@ namespace {
 // and the id. Null when nothing is to be sent.
 template <class Record>
 const Record* Open(imsCommonStruc::Notify& notify, ImsData* data) {
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return nullptr;
-    }
+    if (ims_call::IsNull(data)) return nullptr;
     notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
     return static_cast<const Record*>(data);
 }
@@ -51,8 +49,7 @@ IMS_NOTIFY(NotifyCallStatus) {
     body->set_alertinfo(r->mAlertInfo);
     if (r->mAdditionalContents != nullptr) {
         auto* contents = body->mutable_additionalcontents();
-        contents->set_mimetype(r->mAdditionalContents->mimeType);
-        contents->set_contents(r->mAdditionalContents->contents);
+        ims_call::SetContents(contents, r->mAdditionalContents);
         // State 17 is the one state whose body the framework reads as raw
         // bytes; every other state keeps the text form alone.
         if (r->mState == 17) contents->set_rawcontents(r->mAdditionalContents->contents);
@@ -114,12 +111,8 @@ IMS_NOTIFY(NotifyConfCallChanged) {
 // body for it: the framework gets an empty Notify, without even an id.
 IMS_NOTIFY(NotifyCallPublishStatus) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
     (void)notify;
-    return 0;
+    return ims_call::IsNull(data) ? -1 : 0;
 }
 
 IMS_NOTIFY(NotifyCdpnInfo) {
@@ -254,12 +247,9 @@ IMS_NOTIFY(NotifyDialogEvent) {
     if (r == nullptr) return -1;
     auto* body = notify.mutable_dialogevent();
     body->set_handle(r->mHandle);
-    // The stack always attaches the dialog document. Should one ever come
-    // without it, empty strings keep the message whole so that the client
-    // can still parse it, rather than the daemon reading through null.
-    auto* contents = body->mutable_additionalcontents();
-    contents->set_mimetype(r->mContents != nullptr ? r->mContents->mimeType : std::string());
-    contents->set_contents(r->mContents != nullptr ? r->mContents->contents : std::string());
+    // The stack always attaches the dialog document; should one come without
+    // it, the daemon must not read through null.
+    ims_call::SetContents(body->mutable_additionalcontents(), r->mContents);
     return 0;
 }
 

@@ -2,6 +2,8 @@
 // offer of an incoming file. The daemon moves no file content, only its
 // description; the same progress and incoming handlers serve standalone
 // files under their own ids.
+#include "handlers/messaging/file_transfer.h"
+
 #include <memory>
 #include <string>
 
@@ -10,7 +12,7 @@
 
 using namespace protobuf_data_translation;
 
-namespace {
+namespace file_transfer {
 
 FileAttr fileAttrFromWire(const imsCommonStruc::ImFileAttr& wire) {
     FileAttr attr;
@@ -24,6 +26,29 @@ FileAttr fileAttrFromWire(const imsCommonStruc::ImFileAttr& wire) {
     return attr;
 }
 
+void copySessionIds(FtSessionParam& session, const imsCommonStruc::BaseSessionData& wire) {
+    session.userAlias = wire.useralias();
+    session.contributionId = wire.contributionid();
+    session.conversationId = wire.conversationid();
+    session.inReplyToContributionId = wire.inreplytocontributionid();
+    session.preferredLineUri = wire.preferredlineuri();
+}
+
+void copyPayloadContent(FtPayload& payload, const imsCommonStruc::FtPayloadParam& wire) {
+    payload.imdn = translateFwImdnData(wire.imdn());
+    payload.deviceName = wire.devicename();
+    payload.reliableMessage = wire.reliablemessage();
+    payload.extraFt = wire.extraft();
+    payload.isBurnMsg = wire.isburnmsg();
+    payload.isPublicAccountMsg = wire.ispublicaccountmsg();
+}
+
+}  // namespace file_transfer
+
+using namespace file_transfer;
+
+namespace {
+
 void fileAttrToWire(imsCommonStruc::ImFileAttr* wire, const FileAttr& attr) {
     wire->set_name(attr.name);
     wire->set_path(attr.path);
@@ -34,20 +59,6 @@ void fileAttrToWire(imsCommonStruc::ImFileAttr* wire, const FileAttr& attr) {
     wire->set_timeduration(attr.timeDuration);
 }
 
-// The warning of a cancel: absent on the wire means code -1, which the stack
-// reads as no header at all.
-WarningHdr warningFromWire(const imsCommonStruc::Request_RequestCancelFtSession& body) {
-    WarningHdr warning;
-    if (body.has_warninghdr()) {
-        warning.code = body.warninghdr().code();
-        warning.host = body.warninghdr().host();
-        warning.text = body.warninghdr().text();
-    } else {
-        warning.code = -1;
-    }
-    return warning;
-}
-
 }  // namespace
 
 IMS_DISPATCH(DispatchFTStartSession) {
@@ -56,29 +67,21 @@ IMS_DISPATCH(DispatchFTStartSession) {
     const auto& wireSession = body.sessiondata();
     const auto& wirePayload = body.payload();
 
+    // The content type and service id of a transfer stay empty.
     auto* session = new FtSessionParam();
     session->sessionHandle = wireSession.sessionhandle();
     session->id = wireSession.id();
     session->isConference = wireSession.isconference();
     session->sessionUri = wireSession.sessionuri();
-    session->userAlias = wireSession.useralias();
     // A conference transfer goes to the conference URI, never to a list.
     if (!wireSession.isconference())
         session->receivers.assign(wireSession.receivers().begin(), wireSession.receivers().end());
-    session->contributionId = wireSession.contributionid();
-    session->conversationId = wireSession.conversationid();
-    session->inReplyToContributionId = wireSession.inreplytocontributionid();
-    session->preferredLineUri = wireSession.preferredlineuri();
+    copySessionIds(*session, wireSession);
 
     auto payload = std::make_unique<FtPayload>();
     payload->fileAttr = fileAttrFromWire(wirePayload.fileattr());
     payload->iconAttr = fileAttrFromWire(wirePayload.iconattr());
-    payload->imdn = translateFwImdnData(wirePayload.imdn());
-    payload->deviceName = wirePayload.devicename();
-    payload->reliableMessage = wirePayload.reliablemessage();
-    payload->extraFt = wirePayload.extraft();
-    payload->isBurnMsg = wirePayload.isburnmsg();
-    payload->isPublicAccountMsg = wirePayload.ispublicaccountmsg();
+    copyPayloadContent(*payload, wirePayload);
     payload->isPush = wirePayload.ispush();
 
     ReportData report;
@@ -110,7 +113,11 @@ IMS_DISPATCH(DispatchFTCancelSession) {
     auto* record = new CancelFtSessionData(static_cast<int>(request.reqid()));
     record->handle = body.sessionhandle();
     record->sipCode = body.sipcode();
-    record->warning = warningFromWire(body);
+    // An absent warning is code -1, which the stack reads as no header.
+    const auto& warning = body.warninghdr();
+    record->warning = body.has_warninghdr()
+                          ? WarningHdr(warning.code(), warning.host(), warning.text())
+                          : WarningHdr(-1, "", "");
     s_velar->OnRequest(token, record);
 }
 

@@ -6,9 +6,11 @@
 #include <vector>
 
 #include "handlers/handlers.h"
+#include "handlers/messaging/file_transfer.h"
 #include "handlers/messaging/protobuf_data_translation.h"
 
 using namespace protobuf_data_translation;
+using namespace file_transfer;
 
 namespace {
 
@@ -18,17 +20,6 @@ std::vector<ImParticipant> participantsFromWire(
     participants.reserve(static_cast<size_t>(wire.size()));
     for (const auto& p : wire) participants.push_back(translateParticipant(p));
     return participants;
-}
-
-// What a standalone request takes of the session: the addressees travel as
-// participants, so neither the handle nor the receivers nor the conference
-// flag apply.
-void fillStandaloneSession(FtSessionParam& session, const imsCommonStruc::BaseSessionData& wire) {
-    session.userAlias = wire.useralias();
-    session.contributionId = wire.contributionid();
-    session.conversationId = wire.conversationid();
-    session.inReplyToContributionId = wire.inreplytocontributionid();
-    session.preferredLineUri = wire.preferredlineuri();
 }
 
 }  // namespace
@@ -41,8 +32,10 @@ IMS_DISPATCH(DispatchIMSendSlmMessage) {
 
     auto* record = new RequestSendImSlmMessage(520);
     record->handle = body.registrationhandle();
+    // The addressees travel as participants, so neither the session handle
+    // nor the receivers nor the conference flag apply.
     record->participants = participantsFromWire(body.participant());
-    fillStandaloneSession(record->session, wireSession);
+    copySessionIds(record->session, wireSession);
 
     ImMessage& message = record->message;
     // The alias of a standalone message is the session's, not the message's.
@@ -72,26 +65,19 @@ IMS_DISPATCH(DispatchSlmSendFile) {
     auto* record = new RequestSlmSendFile(521);
     record->handle = body.registrationhandle();
     record->participants = participantsFromWire(body.participant());
-    fillStandaloneSession(record->session, wireSession);
+    copySessionIds(record->session, wireSession);
     record->session.sessionUri = wireSession.sessionuri();
     record->session.sdpContentType = wireSession.sdpcontenttype();
 
+    // A standalone file always goes whole, whatever range the client names,
+    // and without an icon; an empty file wraps round to the largest offset,
+    // as unsigned arithmetic gives it.
     FtPayload& payload = record->payload;
-    const auto& wireFile = wirePayload.fileattr();
-    payload.fileAttr.name = wireFile.name();
-    payload.fileAttr.path = wireFile.path();
-    payload.fileAttr.contentType = wireFile.contenttype();
-    payload.fileAttr.size = wireFile.size();
-    // A standalone file always goes whole, whatever range the client names;
-    // an empty file wraps round to the largest offset, as unsigned arithmetic
-    // gives it.
-    payload.fileAttr.end = wireFile.size() - 1;
-    payload.imdn = translateFwImdnData(wirePayload.imdn());
-    payload.deviceName = wirePayload.devicename();
-    payload.reliableMessage = wirePayload.reliablemessage();
-    payload.extraFt = wirePayload.extraft();
-    payload.isBurnMsg = wirePayload.isburnmsg();
-    payload.isPublicAccountMsg = wirePayload.ispublicaccountmsg();
+    payload.fileAttr = fileAttrFromWire(wirePayload.fileattr());
+    payload.fileAttr.start = 0;
+    payload.fileAttr.end = payload.fileAttr.size - 1;
+    payload.fileAttr.timeDuration = 0;
+    copyPayloadContent(payload, wirePayload);
     s_velar->OnRequest(token, record);
 }
 

@@ -5,33 +5,15 @@
 #include <string>
 #include <vector>
 
-#include "handlers/handlers.h"
+#include "handlers/registration/helpers.h"
 
 namespace {
-
-template <class Repeated>
-std::vector<std::string> toVector(const Repeated& values) {
-    return std::vector<std::string>(values.begin(), values.end());
-}
-
-// Feature tags travel as the numbers of the wire's enumeration.
-template <class Repeated>
-std::vector<unsigned int> toTags(const Repeated& values) {
-    std::vector<unsigned int> tags;
-    tags.reserve(static_cast<size_t>(values.size()));
-    for (int tag : values) tags.push_back(static_cast<unsigned int>(tag));
-    return tags;
-}
 
 // Notifications 10001 and 10023 carry the same record and the same message;
 // only the name in the log tells them apart.
 int fillRegistrationStatus(const char* name, imsCommonStruc::Notify& notify, ImsData* data) {
     IMS_LOGV("%s()", name);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!helpers::takeHead(notify, data)) return -1;
     auto* record = static_cast<RegiStatusData*>(data);
     auto* body = notify.mutable_registrationstatus();
     body->set_handle(record->handle);
@@ -55,11 +37,12 @@ IMS_DISPATCH(DispatchRegistration) {
     const std::list<std::string> pcscfAddrList(body.pcscfaddrlist().begin(),
                                                body.pcscfaddrlist().end());
     // An absent isExplicitDeregi reads as the schema's default, true.
-    auto* record = new RegiSetupData(
-        104, static_cast<int>(body.handle()), pcscfAddrList, static_cast<int>(body.pcscfport()),
-        toVector(body.servicelist()), static_cast<int>(body.regexp()), toVector(body.impulist()),
-        toTags(body.featuretaglist()), body.isexplicitderegi(),
-        toVector(body.thirdpartyfeaturelist()), body.accesstoken());
+    auto* record =
+        new RegiSetupData(104, static_cast<int>(body.handle()), pcscfAddrList,
+                          static_cast<int>(body.pcscfport()), helpers::toVector(body.servicelist()),
+                          static_cast<int>(body.regexp()), helpers::toVector(body.impulist()),
+                          helpers::toTags(body.featuretaglist()), body.isexplicitderegi(),
+                          helpers::toVector(body.thirdpartyfeaturelist()), body.accesstoken());
     s_velar->OnRequest(token, record);
 }
 
@@ -91,8 +74,8 @@ IMS_DISPATCH(DispatchUpdateFeatureTag) {
     IMS_LOGI("%s()", __func__);
     const auto body = request.requestupdatefeaturetag();
     s_velar->OnRequest(
-        token, new PairData<int, std::vector<unsigned int>>(109, static_cast<int>(body.handle()),
-                                                            toTags(body.featuretaglist())));
+        token, new PairData<int, std::vector<unsigned int>>(
+                   109, static_cast<int>(body.handle()), helpers::toTags(body.featuretaglist())));
 }
 
 IMS_NOTIFY(NotifyRegiStatus) {
@@ -105,11 +88,7 @@ IMS_NOTIFY(NotifyStackUpdatePaniNoti) {
 
 IMS_NOTIFY(NotifyRegiAuth) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!helpers::takeHead(notify, data)) return -1;
     auto* record = static_cast<RegiAuth*>(data);
     if (logLevel > 1) IMS_LOGD("nonce %s", record->nonce.c_str());
     auto* body = notify.mutable_registrationauth();
@@ -121,11 +100,7 @@ IMS_NOTIFY(NotifyRegiAuth) {
 
 IMS_NOTIFY(NotifySubscribeStatus) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!helpers::takeHead(notify, data)) return -1;
     auto* record = static_cast<SubscribeStatusData*>(data);
     auto* body = notify.mutable_subscribestatus();
     body->set_handle(record->handle);
@@ -136,11 +111,7 @@ IMS_NOTIFY(NotifySubscribeStatus) {
 
 IMS_NOTIFY(NotifyRegInfoChanged) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!helpers::takeHead(notify, data)) return -1;
     auto* record = static_cast<RegInfoData*>(data);
     auto* body = notify.mutable_reginfochanged();
     body->set_handle(record->handle);

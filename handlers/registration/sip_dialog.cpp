@@ -1,5 +1,5 @@
 // The SIP dialog channel and its reports.
-#include "handlers/handlers.h"
+#include "handlers/registration/helpers.h"
 
 IMS_DISPATCH(DispatchOpenSipDialog) {
     IMS_LOGI("%s()", __func__);
@@ -16,11 +16,7 @@ IMS_DISPATCH(DispatchSipDialogSendSip) {
 
 IMS_RESPONSE(ResponseSendSipResponse) {
     IMS_LOGI("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!helpers::takeHead(response, data)) return -1;
     auto* record = static_cast<SipDialogResponseData*>(data);
     auto* body = response.mutable_sipdialoggeneralresponse();
     body->set_handle(record->handle);
@@ -31,11 +27,7 @@ IMS_RESPONSE(ResponseSendSipResponse) {
 
 IMS_NOTIFY(NotifySipMessage) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!helpers::takeHead(notify, data)) return -1;
     auto* record = static_cast<SipMessageData*>(data);
     auto* body = notify.mutable_sipmessage();
     body->set_handle(record->handle);
@@ -47,11 +39,7 @@ IMS_NOTIFY(NotifySipMessage) {
 
 IMS_NOTIFY(NotifyDumpMessage) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!helpers::takeHead(notify, data)) return -1;
     auto* record = static_cast<DumpMessageData*>(data);
     auto* body = notify.mutable_dumpmessage();
     body->set_tag(record->tag);
@@ -62,11 +50,7 @@ IMS_NOTIFY(NotifyDumpMessage) {
 
 IMS_NOTIFY(NotifyEcholocateMsg) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!helpers::takeHead(notify, data)) return -1;
     auto* record = static_cast<EcholocateData*>(data);
     auto* body = notify.mutable_echolocatemsg();
     body->set_handle(record->handle);

@@ -2,7 +2,7 @@
 // network, location.
 #include <string>
 
-#include "handlers/handlers.h"
+#include "handlers/registration/helpers.h"
 
 IMS_DISPATCH(DispatchDnsQuery) {
     IMS_LOGI("%s()", __func__);
@@ -75,11 +75,7 @@ IMS_DISPATCH(DispatchDeleteTcpClientSocket) {
 
 IMS_NOTIFY(NotifyDnsResponse) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!helpers::takeHead(notify, data)) return -1;
     auto* record = static_cast<DnsResponseData*>(data);
     auto* body = notify.mutable_dnsresponse();
     body->set_hostname(record->hostname);
@@ -91,11 +87,7 @@ IMS_NOTIFY(NotifyDnsResponse) {
 
 IMS_NOTIFY(NotifyAlarmWakeUp) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!helpers::takeHead(notify, data)) return -1;
     auto* record = static_cast<AlarmData*>(data);
     auto* body = notify.mutable_alarmwakeup();
     body->set_id(record->id);
@@ -105,11 +97,7 @@ IMS_NOTIFY(NotifyAlarmWakeUp) {
 
 IMS_NOTIFY(NotifyCancelAlarm) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!helpers::takeHead(notify, data)) return -1;
     auto* body = notify.mutable_cancelalarm();
     body->set_id(static_cast<uint32_t>(static_cast<PrimitiveData<int>*>(data)->value));
     return 0;
@@ -117,11 +105,7 @@ IMS_NOTIFY(NotifyCancelAlarm) {
 
 IMS_NOTIFY(NotifyX509CertVerifyRequest) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!helpers::takeHead(notify, data)) return -1;
     auto* record = static_cast<X509VerifyData*>(data);
     auto* body = notify.mutable_x509certverifyrequest();
     for (const std::string* certificate : record->certificates) {

@@ -2,17 +2,11 @@
 #include <string>
 #include <vector>
 
-#include "handlers/handlers.h"
+#include "handlers/registration/helpers.h"
 
 IMS_DISPATCH(DispatchUACreation) {
     IMS_LOGI("%s()", __func__);
     const auto body = request.requestuacreation();
-
-    const std::vector<std::string> serviceList(body.servicelist().begin(),
-                                               body.servicelist().end());
-    std::vector<unsigned int> featureTagList;
-    featureTagList.reserve(static_cast<size_t>(body.featuretaglist_size()));
-    for (int tag : body.featuretaglist()) featureTagList.push_back(static_cast<unsigned int>(tag));
 
     // authName, regdomain, isSigComp, secureClientPort, secureServerPort,
     // selfPort, isSubscribeRegEvent and isKeepAlive are not the stack's
@@ -32,7 +26,8 @@ IMS_DISPATCH(DispatchUACreation) {
         static_cast<int>(body.audioenginetype()), body.curpani(), body.isvceconfigenabled(),
         body.isgcfconfigenabled(), body.isnsdsserviceenabled(), body.wifipreconditionenabled(),
         body.ismsrpbearerused(), static_cast<int>(body.subscribertimer()), body.issubscribereg(),
-        body.usekeepalive(), body.msrptranstype(), body.hostname(), serviceList, featureTagList);
+        body.usekeepalive(), body.msrptranstype(), body.hostname(),
+        helpers::toVector(body.servicelist()), helpers::toTags(body.featuretaglist()));
 
     record->SetTimer(body.timer1(), body.timer2(), body.timer4(), body.timera(), body.timerb(),
                      body.timerc(), body.timerd(), body.timere(), body.timerf(), body.timerg(),

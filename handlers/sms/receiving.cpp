@@ -1,14 +1,10 @@
 // Receiving a short message: the stack's notification and the framework's
 // answer to it.
-#include "handlers/handlers.h"
+#include "handlers/registration/helpers.h"
 
 IMS_NOTIFY(NotifyReceiveSms) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!helpers::takeHead(notify, data)) return -1;
     const auto& r = *static_cast<ReceiveSmsData*>(data);
     auto* body = notify.mutable_smsnoti();
     body->set_handle(r.mHandle);

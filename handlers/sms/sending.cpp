@@ -1,7 +1,7 @@
 // Sending a short message: the request, the stack's answer, the network's
 // RP-ACK and the framework's reply to it. Bodies and acknowledgement codes
 // are opaque bytes and pass whole, zero bytes included.
-#include "handlers/handlers.h"
+#include "handlers/registration/helpers.h"
 
 IMS_DISPATCH(DispatchSendMessage) {
     IMS_LOGI("%s()", __func__);
@@ -24,11 +24,7 @@ IMS_DISPATCH(DispatchSendMessage) {
 
 IMS_RESPONSE(ResponseSendSmsResponse) {
     IMS_LOGI("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!helpers::takeHead(response, data)) return -1;
     const auto& r = *static_cast<SmsResponseData*>(data);
     auto* body = response.mutable_sendsmsresp();
     body->set_handle(r.mHandle);
@@ -41,11 +37,7 @@ IMS_RESPONSE(ResponseSendSmsResponse) {
 
 IMS_NOTIFY(NotifySmsRpAck) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!helpers::takeHead(notify, data)) return -1;
     const auto& r = *static_cast<SmsRpAckData*>(data);
     auto* body = notify.mutable_smsrpack();
     body->set_callid(r.mCallId);

@@ -1,7 +1,13 @@
 // The provider's side of the call records.
 #include "velar_sim.h"
 
-VELAR_DEFINE_RECORD_CONSTRUCTOR(CallSetupData, VELAR_ARGS_CallSetupData)
+// The library keeps a port of its own until the framework names one; it is
+// not 0 here, so that a 0 written over it would show.
+CallSetupData::CallSetupData(int recordId,
+                             VELAR_PP_LIST(VELAR_M_PARAM_, ~, VELAR_ARGS_CallSetupData))
+    : ImsData(recordId), VELAR_PP_LIST(VELAR_M_INIT_, ~, VELAR_ARGS_CallSetupData) {
+    mEcscfPort = 5060;
+}
 VELAR_DEFINE_RECORD_CONSTRUCTOR(CallAcceptData, VELAR_ARGS_CallAcceptData)
 VELAR_DEFINE_RECORD_CONSTRUCTOR(StartCamera, VELAR_ARGS_StartCamera)
 VELAR_DEFINE_RECORD_CONSTRUCTOR0(StopCamera)

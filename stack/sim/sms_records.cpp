@@ -15,20 +15,16 @@ SendMessageData::SendMessageData(int recordId, int handle, const std::string& sm
       contentBody(contentBody),
       withInReplyTo(false) {}
 
+// The reply is the new message plus the message it answers.
 SendMessageData::SendMessageData(int recordId, int handle, const std::string& smsc,
                                  const std::string& localUri, const std::string& contentType,
                                  const std::string& contentSubType, int contentLen,
                                  const std::string& contentBody, const std::string& inReplyTo)
-    : ImsData(recordId),
-      handle(handle),
-      smsc(smsc),
-      localUri(localUri),
-      contentType(contentType),
-      contentSubType(contentSubType),
-      contentLen(contentLen),
-      contentBody(contentBody),
-      inReplyTo(inReplyTo),
-      withInReplyTo(true) {}
+    : SendMessageData(recordId, handle, smsc, localUri, contentType, contentSubType, contentLen,
+                      contentBody) {
+    this->inReplyTo = inReplyTo;
+    withInReplyTo = true;
+}
 
 VELAR_DEFINE_RECORD_CONSTRUCTOR(RpAckResponse, VELAR_ARGS_RpAckResponse)
 VELAR_DEFINE_RECORD_CONSTRUCTOR(SmsReceiveResponse, VELAR_ARGS_SmsReceiveResponse)
