@@ -3,7 +3,6 @@
 // content and addressees by value. Incoming standalone files and their
 // progress go through the file transfer handlers.
 #include <string>
-#include <vector>
 
 #include "handlers/handlers.h"
 #include "handlers/messaging/file_transfer.h"
@@ -14,12 +13,18 @@ using namespace file_transfer;
 
 namespace {
 
-std::vector<ImParticipant> participantsFromWire(
-    const google::protobuf::RepeatedPtrField<imsCommonStruc::Participant>& wire) {
-    std::vector<ImParticipant> participants;
-    participants.reserve(static_cast<size_t>(wire.size()));
-    for (const auto& p : wire) participants.push_back(translateParticipant(p));
-    return participants;
+// The head both standalone requests share: the registration handle, the
+// participants in wire order and the part of the session that applies. The
+// addressees travel as participants, so neither the session handle nor the
+// receivers nor the conference flag do.
+template <class Record, class Body>
+Record* newStandaloneRecord(int id, const Body& body) {
+    auto* record = new Record(id);
+    record->handle = body.registrationhandle();
+    for (const auto& p : body.participant())
+        record->participants.push_back(translateParticipant(p));
+    copySessionIds(record->session, body.sessiondata());
+    return record;
 }
 
 }  // namespace
@@ -30,12 +35,7 @@ IMS_DISPATCH(DispatchIMSendSlmMessage) {
     const auto& wireSession = body.sessiondata();
     const auto& wireMessage = body.messageparam();
 
-    auto* record = new RequestSendImSlmMessage(520);
-    record->handle = body.registrationhandle();
-    // The addressees travel as participants, so neither the session handle
-    // nor the receivers nor the conference flag apply.
-    record->participants = participantsFromWire(body.participant());
-    copySessionIds(record->session, wireSession);
+    auto* record = newStandaloneRecord<RequestSendImSlmMessage>(520, body);
 
     ImMessage& message = record->message;
     // The alias of a standalone message is the session's, not the message's.
@@ -62,10 +62,7 @@ IMS_DISPATCH(DispatchSlmSendFile) {
     const auto& wireSession = body.sessiondata();
     const auto& wirePayload = body.payloadparam();
 
-    auto* record = new RequestSlmSendFile(521);
-    record->handle = body.registrationhandle();
-    record->participants = participantsFromWire(body.participant());
-    copySessionIds(record->session, wireSession);
+    auto* record = newStandaloneRecord<RequestSlmSendFile>(521, body);
     record->session.sessionUri = wireSession.sessionuri();
     record->session.sdpContentType = wireSession.sdpcontenttype();
 
