@@ -1,6 +1,6 @@
 // IM handlers in process: what a message and a session description keep on
-// their way up and down, header defaults, the one validating handler, the -1
-// convention of notifications, entry lines and null records.
+// their way up and down, header defaults, the one validating handler, the
+// IMDN status and conference blocks, entry lines and null records.
 #include <gtest/gtest.h>
 
 #include "handlers/handlers.h"
