@@ -10,8 +10,6 @@ IMS_DISPATCH(DispatchIMSendMessage) {
     IMS_LOGI("%s()", __func__);
     const auto body = request.requestsendimmessage();
     const auto& param = body.messageparam();
-    std::vector<std::string> ccParticipants(param.ccparticipants().begin(),
-                                            param.ccparticipants().end());
 
     // The session already fixes who sends and who receives; of the message
     // only its content and delivery data go down. Sender, alias, receiver,
@@ -24,7 +22,7 @@ IMS_DISPATCH(DispatchIMSendMessage) {
     message->reliableMessage = param.reliablemessage();
     message->xmsMessage = param.xmsmessage();
     message->extraFt = param.extraft();
-    message->ccParticipants = std::move(ccParticipants);
+    message->ccParticipants.assign(param.ccparticipants().begin(), param.ccparticipants().end());
 
     auto* record = new RequestSendImMessage(504);
     record->handle = body.sessiondata().sessionhandle();
@@ -52,13 +50,6 @@ IMS_DISPATCH(DispatchIMSendNotiStatus) {
         "RequestInfo*)";
     const auto body = request.requestsendimnotificationstatus();
     const auto& status = body.status();
-    std::vector<ImdnRecRoute> routes;
-    for (const auto& wire : status.imdnrecroute()) {
-        ImdnRecRoute route;
-        route.name = wire.name();
-        route.uri = wire.uri();
-        routes.push_back(std::move(route));
-    }
     const int value = static_cast<int>(status.status());
     if (value != 0 && value != 1) {
         IMS_LOGE("%s: Unsupported status!", methodName(kSignature).c_str());
@@ -76,7 +67,8 @@ IMS_DISPATCH(DispatchIMSendNotiStatus) {
     record->imdnMessageId = status.imdnmessageid();
     record->imdnDateTime = status.imdndatetime();
     record->status = static_cast<cpmim::ImNotificationStatus>(value);
-    record->imdnRecRoute = std::move(routes);
+    record->imdnRecRoute =
+        protobuf_data_translation::translateFwImdnRecRoutes(status.imdnrecroute());
     record->registrationHandle = body.registrationhandle();
     record->uri = body.uri();
     record->conversationId = body.conversationid();

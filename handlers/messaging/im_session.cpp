@@ -12,7 +12,6 @@ IMS_DISPATCH(DispatchIMStartSession) {
     const auto body = request.requeststartimsession();
     const auto& wireSession = body.session();
     const auto& base = wireSession.basesessiondata();
-    std::vector<std::string> receivers(base.receivers().begin(), base.receivers().end());
 
     // The stack always gets a message, empty when the client sent none. Of a
     // first message only these fields are meant for the invitation.
@@ -25,10 +24,6 @@ IMS_DISPATCH(DispatchIMStartSession) {
         message->extraFt = param.extraft();
         message->imdn = protobuf_data_translation::translateFwImdnData(param.imdn());
     }
-    std::vector<std::string> acceptTypes(wireSession.accepttypes().begin(),
-                                         wireSession.accepttypes().end());
-    std::vector<std::string> acceptWrappedTypes(wireSession.acceptwrappedtypes().begin(),
-                                                wireSession.acceptwrappedtypes().end());
 
     auto session = std::make_unique<ImSessionParam>();
     session->sessionHandle = base.sessionhandle();
@@ -36,7 +31,7 @@ IMS_DISPATCH(DispatchIMStartSession) {
     session->isConference = base.isconference();
     session->sessionUri = base.sessionuri();
     session->userAlias = base.useralias();
-    session->receivers = std::move(receivers);
+    session->receivers.assign(base.receivers().begin(), base.receivers().end());
     session->contributionId = base.contributionid();
     session->conversationId = base.conversationid();
     session->inReplyToContributionId = base.inreplytocontributionid();
@@ -49,8 +44,9 @@ IMS_DISPATCH(DispatchIMStartSession) {
     session->isClosed = wireSession.isclosed();
     session->isInviteforbye = wireSession.isinviteforbye();
     session->isExtension = wireSession.isextension();
-    session->acceptTypes = std::move(acceptTypes);
-    session->acceptWrappedTypes = std::move(acceptWrappedTypes);
+    session->acceptTypes.assign(wireSession.accepttypes().begin(), wireSession.accepttypes().end());
+    session->acceptWrappedTypes.assign(wireSession.acceptwrappedtypes().begin(),
+                                       wireSession.acceptwrappedtypes().end());
 
     s_velar->OnRequest(token,
                        new ImStartSessionData(501, static_cast<int>(body.registrationhandle()),

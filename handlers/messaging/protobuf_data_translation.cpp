@@ -115,13 +115,20 @@ ImdnData translateFwImdnData(const imsCommonStruc::ImdnParams& params) {
     imdn.deviceId = params.deviceid();
     imdn.originalToHdr = params.originaltohdr();
     imdn.noti = translateFwImdnNoti(params.noti());
-    for (const auto& wire : params.recroute()) {
+    imdn.recRoute = translateFwImdnRecRoutes(params.recroute());
+    return imdn;
+}
+
+std::vector<ImdnRecRoute> translateFwImdnRecRoutes(
+    const google::protobuf::RepeatedPtrField<imsCommonStruc::ImdnRecRoute>& routes) {
+    std::vector<ImdnRecRoute> result;
+    for (const auto& wire : routes) {
         ImdnRecRoute route;
         route.name = wire.name();
         route.uri = wire.uri();
-        imdn.recRoute.push_back(std::move(route));
+        result.push_back(std::move(route));
     }
-    return imdn;
+    return result;
 }
 
 void translateCpimNamespace(imsCommonStruc::CpimNamespace& out, const CpimNamespace& ns) {

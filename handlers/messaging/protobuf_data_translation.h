@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <set>
+#include <vector>
 
 #include "imsCommonStruc.pb.h"
 #include "stack/velar.h"
@@ -28,6 +29,9 @@ std::set<cpmim::ImNotificationStatus> translateFwImdnNoti(
 
 void translateStackImdnData(imsCommonStruc::ImdnParams& out, const ImdnData& imdn);
 ImdnData translateFwImdnData(const imsCommonStruc::ImdnParams& params);
+// Routes in wire order; also those of a delivery notification the client sends.
+std::vector<ImdnRecRoute> translateFwImdnRecRoutes(
+    const google::protobuf::RepeatedPtrField<imsCommonStruc::ImdnRecRoute>& routes);
 void translateCpimNamespace(imsCommonStruc::CpimNamespace& out, const CpimNamespace& ns);
 void translateStackImMessage(imsCommonStruc::ImMessageParam& out, const ImMessage& message);
 
