@@ -33,9 +33,7 @@ int main() {
             fflush(log);
             std::string frame = velard_framing::EncodeDaemonFrame(velard_framing::kTypeResponse,
                                                                   rec.token, response);
-            if (write(fd, frame.data(), frame.size()) != static_cast<ssize_t>(frame.size())) {
-                return 12;
-            }
+            if (!velard_framing::WriteAll(fd, frame)) return 12;
         }
     }
     return 255;
