@@ -2,6 +2,7 @@
 // details of one of them. Subscription ids, versions and modes pass through;
 // the daemon keeps no subscription of its own.
 #include "handlers/handlers.h"
+#include "handlers/messaging/protobuf_data_translation.h"
 
 IMS_DISPATCH(DispatchGroupListSubscribe) {
     IMS_LOGI("%s()", __func__);
@@ -77,24 +78,7 @@ IMS_NOTIFY(NotifyGroupInfoUpdate) {
     info->set_state(record->state);
     info->set_subject(record->subject);
     info->set_maxusercnt(record->maxUserCnt);
-    for (const auto& user : record->users) {
-        auto* wireUser = info->add_users();
-        wireUser->set_entity(user.entity);
-        wireUser->set_state(user.state);
-        wireUser->set_yourown(user.yourOwn);
-        wireUser->set_roles(user.roles);
-        wireUser->set_useralias(user.userAlias);
-        auto* endpoint = wireUser->mutable_endpoint();
-        endpoint->set_entity(user.endpoint.entity);
-        endpoint->set_status(user.endpoint.status);
-        if (!user.endpoint.disconnectMethod.empty())
-            endpoint->set_disconnectmethod(user.endpoint.disconnectMethod);
-        // Both blocks go out even when empty; of each only the time is told.
-        auto* joining = endpoint->mutable_joininginfo();
-        if (!user.joiningInfo.when.empty()) joining->set_when(user.joiningInfo.when);
-        auto* disconnection = endpoint->mutable_disconnectioninfo();
-        if (!user.disconnectionInfo.when.empty())
-            disconnection->set_when(user.disconnectionInfo.when);
-    }
+    for (const auto& user : record->users)
+        protobuf_data_translation::translateStackConfUser(*info->add_users(), user, false);
     return 0;
 }

@@ -198,26 +198,7 @@ IMS_NOTIFY(NotifyImConferenceInfoUpdate) {
     body->set_state(record->state);
     body->set_subject(record->subject);
     body->set_maxusercnt(record->maxUserCnt);
-    for (const ImConferenceUser& user : record->users) {
-        auto* wire = body->add_users();
-        wire->set_entity(user.entity);
-        wire->set_state(user.state);
-        wire->set_yourown(user.yourOwn);
-        wire->set_roles(user.roles);
-        wire->set_useralias(user.userAlias);
-        auto* endpoint = wire->mutable_endpoint();
-        endpoint->set_entity(user.endpoint.entity);
-        endpoint->set_status(user.endpoint.status);
-        if (!user.endpoint.disconnectMethod.empty())
-            endpoint->set_disconnectmethod(user.endpoint.disconnectMethod);
-        // Both blocks exist even when the stack knows nothing of them.
-        auto* joining = endpoint->mutable_joininginfo();
-        if (!user.joiningInfo.when.empty()) joining->set_when(user.joiningInfo.when);
-        auto* disconnection = endpoint->mutable_disconnectioninfo();
-        if (!user.disconnectionInfo.when.empty())
-            disconnection->set_when(user.disconnectionInfo.when);
-        if (!user.disconnectionInfo.reason.empty())
-            disconnection->set_reason(user.disconnectionInfo.reason);
-    }
+    for (const ImConferenceUser& user : record->users)
+        protobuf_data_translation::translateStackConfUser(*body->add_users(), user, true);
     return 0;
 }

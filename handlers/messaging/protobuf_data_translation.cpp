@@ -165,6 +165,27 @@ void translateStackImMessage(imsCommonStruc::ImMessageParam& out, const ImMessag
     }
 }
 
+void translateStackConfUser(imsCommonStruc::ImConfUser& out, const ImConferenceUser& user,
+                            bool withDisconnectionReason) {
+    out.set_entity(user.entity);
+    out.set_state(user.state);
+    out.set_yourown(user.yourOwn);
+    out.set_roles(user.roles);
+    out.set_useralias(user.userAlias);
+    auto* endpoint = out.mutable_endpoint();
+    endpoint->set_entity(user.endpoint.entity);
+    endpoint->set_status(user.endpoint.status);
+    if (!user.endpoint.disconnectMethod.empty())
+        endpoint->set_disconnectmethod(user.endpoint.disconnectMethod);
+    // Both blocks exist even when the stack knows nothing of them.
+    auto* joining = endpoint->mutable_joininginfo();
+    if (!user.joiningInfo.when.empty()) joining->set_when(user.joiningInfo.when);
+    auto* disconnection = endpoint->mutable_disconnectioninfo();
+    if (!user.disconnectionInfo.when.empty()) disconnection->set_when(user.disconnectionInfo.when);
+    if (withDisconnectionReason && !user.disconnectionInfo.reason.empty())
+        disconnection->set_reason(user.disconnectionInfo.reason);
+}
+
 }  // namespace protobuf_data_translation
 
 void SetImError(imsCommonStruc::ImError* out, ImError error) {

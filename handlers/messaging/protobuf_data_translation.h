@@ -34,6 +34,10 @@ std::vector<ImdnRecRoute> translateFwImdnRecRoutes(
     const google::protobuf::RepeatedPtrField<imsCommonStruc::ImdnRecRoute>& routes);
 void translateCpimNamespace(imsCommonStruc::CpimNamespace& out, const CpimNamespace& ns);
 void translateStackImMessage(imsCommonStruc::ImMessageParam& out, const ImMessage& message);
+// A conference participant as a chat's conference and a group chat's update
+// both tell it; only the former carries the reason of a disconnection.
+void translateStackConfUser(imsCommonStruc::ImConfUser& out, const ImConferenceUser& user,
+                            bool withDisconnectionReason);
 
 }  // namespace protobuf_data_translation
 
