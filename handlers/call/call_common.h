@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "handlers/ims_log.h"
+#include "handlers/record_head.h"
 #include "imsCommonStruc.pb.h"
 #include "stack/velar.h"
 
@@ -19,14 +19,6 @@ Record* NewRecord(int id) {
     auto* record = new Record();
     record->SetId(id);
     return record;
-}
-
-// The stack hands up a record with every answer; a null one is logged and
-// nothing goes to the client.
-inline bool IsNull(const ImsData* data) {
-    if (data != nullptr) return false;
-    IMS_LOGE("invalid response: NULL");
-    return true;
 }
 
 // The stack takes one value per header name; the first pair that names it

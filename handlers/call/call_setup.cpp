@@ -70,7 +70,7 @@ IMS_DISPATCH(DispatchProgressIncomingCall) {
 
 IMS_RESPONSE(ResponseCallResponse) {
     IMS_LOGI("%s()", "ResponseCallResponse");
-    if (ims_call::IsNull(data)) return -1;
+    if (RecordRefused(data)) return -1;
     auto* record = static_cast<CallResponseData*>(data);
     response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
     auto* body = response.mutable_callresponse();

@@ -6,22 +6,9 @@
 #include "handlers/call/call_common.h"
 #include "handlers/handlers.h"
 
-namespace {
-
-// The common front after the handler has logged its name: the null check
-// and the id. Null when nothing is to be sent.
-template <class Record>
-const Record* Open(imsCommonStruc::Notify& notify, ImsData* data) {
-    if (ims_call::IsNull(data)) return nullptr;
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
-    return static_cast<const Record*>(data);
-}
-
-}  // namespace
-
 IMS_NOTIFY(NotifyCallStatus) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = Open<CallStatusData>(notify, data);
+    const auto* r = NotifyRecord<CallStatusData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_callstatus();
     body->set_handle(r->mHandle);
@@ -60,7 +47,7 @@ IMS_NOTIFY(NotifyCallStatus) {
 
 IMS_NOTIFY(NotifyIncomingCall) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = Open<IncomingCallData>(notify, data);
+    const auto* r = NotifyRecord<IncomingCallData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_incomingcall();
     body->set_handle(r->mHandle);
@@ -91,7 +78,7 @@ IMS_NOTIFY(NotifyIncomingCall) {
 
 IMS_NOTIFY(NotifyConfCallChanged) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = Open<ConfCallChangedData>(notify, data);
+    const auto* r = NotifyRecord<ConfCallChangedData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_confcallchanged();
     body->set_session(r->mSession);
@@ -112,12 +99,12 @@ IMS_NOTIFY(NotifyConfCallChanged) {
 IMS_NOTIFY(NotifyCallPublishStatus) {
     IMS_LOGV("%s()", __func__);
     (void)notify;
-    return ims_call::IsNull(data) ? -1 : 0;
+    return RecordRefused(data) ? -1 : 0;
 }
 
 IMS_NOTIFY(NotifyCdpnInfo) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = Open<CdpnInfoData>(notify, data);
+    const auto* r = NotifyRecord<CdpnInfoData>(notify, data);
     if (r == nullptr) return -1;
     notify.mutable_cdpninfo()->set_calledpartynumber(r->mCalledParyNumber);
     if (logLevel > 1) IMS_LOGD("cdpnInfo mCalledParyNumber(%s)", r->mCalledParyNumber.c_str());
@@ -126,7 +113,7 @@ IMS_NOTIFY(NotifyCdpnInfo) {
 
 IMS_NOTIFY(NotifyReferReceived) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = Open<ReferReceivedData>(notify, data);
+    const auto* r = NotifyRecord<ReferReceivedData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_referreceived();
     body->set_handle(r->mHandle);
@@ -138,7 +125,7 @@ IMS_NOTIFY(NotifyReferReceived) {
 
 IMS_NOTIFY(NotifyReferStatus) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = Open<ReferStatusData>(notify, data);
+    const auto* r = NotifyRecord<ReferStatusData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_referstatus();
     body->set_session(r->mSession);
@@ -148,7 +135,7 @@ IMS_NOTIFY(NotifyReferStatus) {
 
 IMS_NOTIFY(NotifyUpdateRouteTable) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = Open<RouteTableData>(notify, data);
+    const auto* r = NotifyRecord<RouteTableData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_updateroutetable();
     body->set_handle(r->mHandle);
@@ -160,7 +147,7 @@ IMS_NOTIFY(NotifyUpdateRouteTable) {
 
 IMS_NOTIFY(NotifyModifyCallCnfm) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = Open<ModifyCallData>(notify, data);
+    const auto* r = NotifyRecord<ModifyCallData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_modifycalldata();
     body->set_session(r->mSession);
@@ -171,7 +158,7 @@ IMS_NOTIFY(NotifyModifyCallCnfm) {
 
 IMS_NOTIFY(NotifyModifyVideo) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = Open<ModifyVideoData>(notify, data);
+    const auto* r = NotifyRecord<ModifyVideoData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_modifyvideodata();
     body->set_session(r->mSession);
@@ -182,7 +169,7 @@ IMS_NOTIFY(NotifyModifyVideo) {
 
 IMS_NOTIFY(NotifyVideoEvent) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = Open<VideoEventData>(notify, data);
+    const auto* r = NotifyRecord<VideoEventData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_notifyvideoeventdata();
     body->set_session(r->mSession);
@@ -192,7 +179,7 @@ IMS_NOTIFY(NotifyVideoEvent) {
 
 IMS_NOTIFY(NotifyDedicatedBearerEvent) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = Open<DedicatedBearerData>(notify, data);
+    const auto* r = NotifyRecord<DedicatedBearerData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_dedicatedbearerevent();
     body->set_handle(r->mHandle);
@@ -208,7 +195,7 @@ IMS_NOTIFY(NotifyDedicatedBearerEvent) {
 
 IMS_NOTIFY(NotifyRrcConnectionEvent) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = Open<RrcConnectionData>(notify, data);
+    const auto* r = NotifyRecord<RrcConnectionData>(notify, data);
     if (r == nullptr) return -1;
     notify.mutable_rrcconnectionevent()->set_event(
         static_cast<imsCommonStruc::Notify_RrcEvent>(r->mEvent));
@@ -218,7 +205,7 @@ IMS_NOTIFY(NotifyRrcConnectionEvent) {
 
 IMS_NOTIFY(NotifyDtmfEvent) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = Open<DtmfEventData>(notify, data);
+    const auto* r = NotifyRecord<DtmfEventData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_dtmfparamdata();
     body->set_event(r->mEvent);
@@ -231,7 +218,7 @@ IMS_NOTIFY(NotifyDtmfEvent) {
 
 IMS_NOTIFY(NotifyRtpLossRateNoti) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = Open<RtpLossRateData>(notify, data);
+    const auto* r = NotifyRecord<RtpLossRateData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_rtplossratenoti();
     body->set_interval(r->mInterval);
@@ -243,7 +230,7 @@ IMS_NOTIFY(NotifyRtpLossRateNoti) {
 
 IMS_NOTIFY(NotifyDialogEvent) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = Open<DialogEventData>(notify, data);
+    const auto* r = NotifyRecord<DialogEventData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_dialogevent();
     body->set_handle(r->mHandle);
@@ -255,7 +242,7 @@ IMS_NOTIFY(NotifyDialogEvent) {
 
 IMS_NOTIFY(NotifyDialogSubscribeStatus) {
     IMS_LOGD("%s()", __func__);
-    const auto* r = Open<DialogSubscribeStatusData>(notify, data);
+    const auto* r = NotifyRecord<DialogSubscribeStatusData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_dialogsubscribestatus();
     body->set_handle(r->mHandle);

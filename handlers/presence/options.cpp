@@ -2,7 +2,7 @@
 // both directions, in order, duplicates included.
 #include <vector>
 
-#include "handlers/presence/notify_record.h"
+#include "handlers/record_head.h"
 
 IMS_DISPATCH(DispatchOptionsCapExchange) {
     IMS_LOGI("%s()", __func__);

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "handlers/presence/notify_record.h"
+#include "handlers/record_head.h"
 
 namespace {
 

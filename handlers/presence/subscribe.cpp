@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "handlers/presence/notify_record.h"
+#include "handlers/record_head.h"
 
 IMS_DISPATCH(DispatchPresenceSubscribe) {
     IMS_LOGI("%s()", __func__);

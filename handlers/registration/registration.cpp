@@ -13,7 +13,7 @@ namespace {
 // only the name in the log tells them apart.
 int fillRegistrationStatus(const char* name, imsCommonStruc::Notify& notify, ImsData* data) {
     IMS_LOGV("%s()", name);
-    if (!helpers::takeHead(notify, data)) return -1;
+    if (!TakeHead(notify, data)) return -1;
     auto* record = static_cast<RegiStatusData*>(data);
     auto* body = notify.mutable_registrationstatus();
     body->set_handle(record->handle);
@@ -88,7 +88,7 @@ IMS_NOTIFY(NotifyStackUpdatePaniNoti) {
 
 IMS_NOTIFY(NotifyRegiAuth) {
     IMS_LOGV("%s()", __func__);
-    if (!helpers::takeHead(notify, data)) return -1;
+    if (!TakeHead(notify, data)) return -1;
     auto* record = static_cast<RegiAuth*>(data);
     if (logLevel > 1) IMS_LOGD("nonce %s", record->nonce.c_str());
     auto* body = notify.mutable_registrationauth();
@@ -100,7 +100,7 @@ IMS_NOTIFY(NotifyRegiAuth) {
 
 IMS_NOTIFY(NotifySubscribeStatus) {
     IMS_LOGV("%s()", __func__);
-    if (!helpers::takeHead(notify, data)) return -1;
+    if (!TakeHead(notify, data)) return -1;
     auto* record = static_cast<SubscribeStatusData*>(data);
     auto* body = notify.mutable_subscribestatus();
     body->set_handle(record->handle);
@@ -111,7 +111,7 @@ IMS_NOTIFY(NotifySubscribeStatus) {
 
 IMS_NOTIFY(NotifyRegInfoChanged) {
     IMS_LOGV("%s()", __func__);
-    if (!helpers::takeHead(notify, data)) return -1;
+    if (!TakeHead(notify, data)) return -1;
     auto* record = static_cast<RegInfoData*>(data);
     auto* body = notify.mutable_reginfochanged();
     body->set_handle(record->handle);

@@ -16,7 +16,7 @@ IMS_DISPATCH(DispatchSipDialogSendSip) {
 
 IMS_RESPONSE(ResponseSendSipResponse) {
     IMS_LOGI("%s()", __func__);
-    if (!helpers::takeHead(response, data)) return -1;
+    if (!TakeHead(response, data)) return -1;
     auto* record = static_cast<SipDialogResponseData*>(data);
     auto* body = response.mutable_sipdialoggeneralresponse();
     body->set_handle(record->handle);
@@ -27,7 +27,7 @@ IMS_RESPONSE(ResponseSendSipResponse) {
 
 IMS_NOTIFY(NotifySipMessage) {
     IMS_LOGV("%s()", __func__);
-    if (!helpers::takeHead(notify, data)) return -1;
+    if (!TakeHead(notify, data)) return -1;
     auto* record = static_cast<SipMessageData*>(data);
     auto* body = notify.mutable_sipmessage();
     body->set_handle(record->handle);
@@ -39,7 +39,7 @@ IMS_NOTIFY(NotifySipMessage) {
 
 IMS_NOTIFY(NotifyDumpMessage) {
     IMS_LOGV("%s()", __func__);
-    if (!helpers::takeHead(notify, data)) return -1;
+    if (!TakeHead(notify, data)) return -1;
     auto* record = static_cast<DumpMessageData*>(data);
     auto* body = notify.mutable_dumpmessage();
     body->set_tag(record->tag);
@@ -50,7 +50,7 @@ IMS_NOTIFY(NotifyDumpMessage) {
 
 IMS_NOTIFY(NotifyEcholocateMsg) {
     IMS_LOGV("%s()", __func__);
-    if (!helpers::takeHead(notify, data)) return -1;
+    if (!TakeHead(notify, data)) return -1;
     auto* record = static_cast<EcholocateData*>(data);
     auto* body = notify.mutable_echolocatemsg();
     body->set_handle(record->handle);

@@ -75,7 +75,7 @@ IMS_DISPATCH(DispatchDeleteTcpClientSocket) {
 
 IMS_NOTIFY(NotifyDnsResponse) {
     IMS_LOGV("%s()", __func__);
-    if (!helpers::takeHead(notify, data)) return -1;
+    if (!TakeHead(notify, data)) return -1;
     auto* record = static_cast<DnsResponseData*>(data);
     auto* body = notify.mutable_dnsresponse();
     body->set_hostname(record->hostname);
@@ -87,7 +87,7 @@ IMS_NOTIFY(NotifyDnsResponse) {
 
 IMS_NOTIFY(NotifyAlarmWakeUp) {
     IMS_LOGV("%s()", __func__);
-    if (!helpers::takeHead(notify, data)) return -1;
+    if (!TakeHead(notify, data)) return -1;
     auto* record = static_cast<AlarmData*>(data);
     auto* body = notify.mutable_alarmwakeup();
     body->set_id(record->id);
@@ -97,7 +97,7 @@ IMS_NOTIFY(NotifyAlarmWakeUp) {
 
 IMS_NOTIFY(NotifyCancelAlarm) {
     IMS_LOGV("%s()", __func__);
-    if (!helpers::takeHead(notify, data)) return -1;
+    if (!TakeHead(notify, data)) return -1;
     auto* body = notify.mutable_cancelalarm();
     body->set_id(static_cast<uint32_t>(static_cast<PrimitiveData<int>*>(data)->value));
     return 0;
@@ -105,7 +105,7 @@ IMS_NOTIFY(NotifyCancelAlarm) {
 
 IMS_NOTIFY(NotifyX509CertVerifyRequest) {
     IMS_LOGV("%s()", __func__);
-    if (!helpers::takeHead(notify, data)) return -1;
+    if (!TakeHead(notify, data)) return -1;
     auto* record = static_cast<X509VerifyData*>(data);
     auto* body = notify.mutable_x509certverifyrequest();
     for (const std::string* certificate : record->certificates) {

@@ -1,7 +1,7 @@
 // What the image and video share notifications share.
 #pragma once
 
-#include "handlers/presence/notify_record.h"
+#include "handlers/record_head.h"
 
 namespace ims_share {
 

@@ -4,7 +4,7 @@
 
 IMS_NOTIFY(NotifyReceiveSms) {
     IMS_LOGV("%s()", __func__);
-    if (!helpers::takeHead(notify, data)) return -1;
+    if (!TakeHead(notify, data)) return -1;
     const auto& r = *static_cast<ReceiveSmsData*>(data);
     auto* body = notify.mutable_smsnoti();
     body->set_handle(r.mHandle);

@@ -24,7 +24,7 @@ IMS_DISPATCH(DispatchSendMessage) {
 
 IMS_RESPONSE(ResponseSendSmsResponse) {
     IMS_LOGI("%s()", __func__);
-    if (!helpers::takeHead(response, data)) return -1;
+    if (!TakeHead(response, data)) return -1;
     const auto& r = *static_cast<SmsResponseData*>(data);
     auto* body = response.mutable_sendsmsresp();
     body->set_handle(r.mHandle);
@@ -37,7 +37,7 @@ IMS_RESPONSE(ResponseSendSmsResponse) {
 
 IMS_NOTIFY(NotifySmsRpAck) {
     IMS_LOGV("%s()", __func__);
-    if (!helpers::takeHead(notify, data)) return -1;
+    if (!TakeHead(notify, data)) return -1;
     const auto& r = *static_cast<SmsRpAckData*>(data);
     auto* body = notify.mutable_smsrpack();
     body->set_callid(r.mCallId);

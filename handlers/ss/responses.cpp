@@ -33,7 +33,7 @@ void fillFlag(const SSFlagInfoResult& r, Body* body) {
 
 IMS_RESPONSE(ResponseSSDivInfoResponse) {
     IMS_LOGI("%s()", __func__);
-    if (!helpers::takeHead(response, data)) return -1;
+    if (!TakeHead(response, data)) return -1;
     const auto& r = *static_cast<SSDivInfoResult*>(data);
     auto* body = response.mutable_responsessdivinfo();
     body->set_serviceactivation(r.mServiceActivation);
@@ -52,42 +52,42 @@ IMS_RESPONSE(ResponseSSDivInfoResponse) {
 
 IMS_RESPONSE(ResponseSSICBInfoResponse) {
     IMS_LOGI("%s()", __func__);
-    if (!helpers::takeHead(response, data)) return -1;
+    if (!TakeHead(response, data)) return -1;
     fillBarr(*static_cast<SSBarrInfoResult*>(data), response.mutable_responsessicbinfo(), true);
     return 0;
 }
 
 IMS_RESPONSE(ResponseSSOCBInfoResponse) {
     IMS_LOGI("%s()", __func__);
-    if (!helpers::takeHead(response, data)) return -1;
+    if (!TakeHead(response, data)) return -1;
     fillBarr(*static_cast<SSBarrInfoResult*>(data), response.mutable_responsessocbinfo(), false);
     return 0;
 }
 
 IMS_RESPONSE(ResponseSSOIPInfoResponse) {
     IMS_LOGI("%s()", __func__);
-    if (!helpers::takeHead(response, data)) return -1;
+    if (!TakeHead(response, data)) return -1;
     fillFlag(*static_cast<SSFlagInfoResult*>(data), response.mutable_responsessgetoipinfo());
     return 0;
 }
 
 IMS_RESPONSE(ResponseSSOIRInfoResponse) {
     IMS_LOGI("%s()", __func__);
-    if (!helpers::takeHead(response, data)) return -1;
+    if (!TakeHead(response, data)) return -1;
     fillFlag(*static_cast<SSFlagInfoResult*>(data), response.mutable_responsessgetoirinfo());
     return 0;
 }
 
 IMS_RESPONSE(ResponseSSCWInfoResponse) {
     IMS_LOGI("%s()", __func__);
-    if (!helpers::takeHead(response, data)) return -1;
+    if (!TakeHead(response, data)) return -1;
     fillFlag(*static_cast<SSFlagInfoResult*>(data), response.mutable_responsessgetcwinfo());
     return 0;
 }
 
 IMS_NOTIFY(NotifySsRequestGenKey) {
     IMS_LOGV("%s()", __func__);
-    if (!helpers::takeHead(notify, data)) return -1;
+    if (!TakeHead(notify, data)) return -1;
     const auto& r = *static_cast<SSGenKeyData*>(data);
     auto* body = notify.mutable_ssgetgbakey();
     body->set_gbatype(r.mGbatype);
@@ -101,7 +101,7 @@ IMS_NOTIFY(NotifySsRequestGenKey) {
 
 IMS_NOTIFY(NotifyXCapMessage) {
     IMS_LOGV("%s()", __func__);
-    if (!helpers::takeHead(notify, data)) return -1;
+    if (!TakeHead(notify, data)) return -1;
     const auto& r = *static_cast<XCapMessageData*>(data);
     auto* body = notify.mutable_xcapmessage();
     body->set_handle(r.mHandle);

@@ -2,7 +2,7 @@
 // authentication challenges, bootstrapped data and downloaded contacts.
 #include <string>
 
-#include "handlers/presence/notify_record.h"
+#include "handlers/record_head.h"
 
 IMS_NOTIFY(NotifyXdmGbaKey) {
     IMS_LOGV("%s()", __func__);
