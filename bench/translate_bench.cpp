@@ -44,7 +44,6 @@ using namespace velard_bench;
 namespace {
 
 constexpr double kTargetNs = 2000;
-const char kStubMarker[] = "() not available";
 
 std::string readFile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
@@ -188,28 +187,6 @@ struct Bodies {
     }
 };
 
-// Notification classes the families registered, else those of the demo
-// session's scripted notifications.
-std::map<int, std::string> demoClasses(const std::string& dir) {
-    std::map<int, std::string> out;
-    DIR* d = opendir(dir.c_str());
-    if (d == nullptr) return out;
-    while (dirent* e = readdir(d)) {
-        std::string name = e->d_name;
-        if (name.size() < 6 || name.compare(name.size() - 6, 6, ".jsonl") != 0) continue;
-        std::ifstream in(dir + "/" + name);
-        for (std::string line; std::getline(in, line);) {
-            Json j = Json::parse(line, nullptr, false);
-            if (!j.is_object() || !j.contains("record")) continue;
-            const Json& r = j["record"];
-            if (r.contains("class") && r.contains("id") && r["id"].is_number_integer())
-                out.emplace(r["id"].get<int>(), r["class"].get<std::string>());
-        }
-    }
-    closedir(d);
-    return out;
-}
-
 // The filled request as the memory benchmark replays it (requests/) and as
 // the command fuzzer takes it (fuzz_commands/: a piece-size byte, then the
 // stream with its big-endian length).
@@ -316,7 +293,6 @@ int main(int argc, char** argv) {
         std::cerr << "no request bodies in " << requestsDir << "\n";
         return 1;
     }
-    auto demo = demoClasses(std::string(VELARD_SOURCE_DIR) + "/demo/script.d");
     if (!seedsDir.empty()) {
         for (const char* sub : {"requests", "fuzz_commands", "fuzz_records"})
             mkdir((seedsDir + "/" + sub).c_str(), 0755);
@@ -331,7 +307,6 @@ int main(int argc, char** argv) {
     };
     std::vector<Row> rows;
     Summary summary;
-    std::vector<int> pending;
     uint32_t token = 0x01020304;
 
     for (size_t i = 0; i < s_commandCount; i++) {
@@ -350,9 +325,7 @@ int main(int argc, char** argv) {
         std::vector<std::unique_ptr<ImsData>> captured;
         std::string log = logOf([&] { captured = dispatchCapture(rec); });
         std::unique_ptr<ImsData> request;
-        if (log.find(kStubMarker) != std::string::npos) {
-            row.dispatch.status = "pending";
-        } else if (captured.empty()) {
+        if (captured.empty()) {
             row.dispatch.status = "no stack call";
         } else {
             request = std::move(captured.front());
@@ -372,17 +345,13 @@ int main(int argc, char** argv) {
             imsCommonStruc::Response response;
             int rc = 0;
             log = logOf([&] { rc = info.responseFunction(token, response, answer.get()); });
-            if (log.find(kStubMarker) != std::string::npos) {
-                row.response.status = "pending";
-            } else if (rc < 0) {
+            if (rc < 0) {
                 row.response.status = "handler fails";
             } else {
                 row.response = measure([&] { IMS_onResponse(token, answer.get()); });
                 summary.add(row.response, row.id, "response");
             }
         }
-        if (row.dispatch.status == "pending" || row.response.status == "pending")
-            pending.push_back(row.id);
         rows.push_back(std::move(row));
     }
 
@@ -392,7 +361,6 @@ int main(int argc, char** argv) {
         Row row{info.notifyNumber, true, "", {}, {}, {}};
         const char* registered = velar_sim::notifyClass(info.notifyNumber);
         std::string cls = registered != nullptr ? registered : "";
-        if (cls.empty() && demo.count(info.notifyNumber)) cls = demo[info.notifyNumber];
         row.body = cls;
         std::unique_ptr<ImsData> rec;
         if (cls.empty()) {
@@ -406,11 +374,8 @@ int main(int argc, char** argv) {
         if (rec) {
             imsCommonStruc::Notify notify;
             int rc = 0;
-            std::string log = logOf([&] { rc = info.notifyFunction(notify, rec.get()); });
-            if (log.find(kStubMarker) != std::string::npos) {
-                row.notify.status = "pending";
-                pending.push_back(row.id);
-            } else if (rc < 0) {
+            logOf([&] { rc = info.notifyFunction(notify, rec.get()); });
+            if (rc < 0) {
                 row.notify.status = "handler fails";
             } else {
                 row.notify = measure([&] { IMS_onNotify(rec.get()); });
@@ -455,11 +420,6 @@ int main(int argc, char** argv) {
             else
                 std::cout << show(r.dispatch) << " | " << showWritten(r.dispatch) << " | "
                           << show(r.response) << " | " << showWritten(r.response) << " | | |\n";
-        }
-        if (!pending.empty()) {
-            std::cout << "\nRows whose handler is still a stub (measured once it lands):";
-            for (int id : pending) std::cout << " " << id;
-            std::cout << ".\n";
         }
     } else {
         for (const Row& r : rows) {

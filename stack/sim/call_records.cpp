@@ -74,3 +74,22 @@ VELAR_SIM_AUTO(220, "CallResponseData");
 VELAR_SIM_AUTO(221, "CallResponseData");
 VELAR_SIM_AUTO(222, "CallResponseData");
 VELAR_SIM_AUTO(224, "CallResponseData");
+
+// The class each notification id of this family comes up with.
+VELAR_SIM_NOTIFY(10004, "CallStatusData");
+VELAR_SIM_NOTIFY(10011, "ModifyCallData");
+VELAR_SIM_NOTIFY(10005, "IncomingCallData");
+VELAR_SIM_NOTIFY(10014, "ModifyVideoData");
+VELAR_SIM_NOTIFY(10015, "VideoEventData");
+VELAR_SIM_NOTIFY(10016, "DedicatedBearerData");
+VELAR_SIM_NOTIFY(10017, "RrcConnectionData");
+VELAR_SIM_NOTIFY(10012, "CdpnInfoData");
+VELAR_SIM_NOTIFY(10006, "ConfCallChangedData");
+VELAR_SIM_NOTIFY(10008, "ReferReceivedData");
+VELAR_SIM_NOTIFY(10009, "ReferStatusData");
+VELAR_SIM_NOTIFY(10010, "RouteTableData");
+VELAR_SIM_NOTIFY(10020, "PrimitiveData<int>");
+VELAR_SIM_NOTIFY(10021, "DtmfEventData");
+VELAR_SIM_NOTIFY(10022, "RtpLossRateData");
+VELAR_SIM_NOTIFY(20005, "DialogEventData");
+VELAR_SIM_NOTIFY(20008, "DialogSubscribeStatusData");

@@ -34,3 +34,7 @@ VELAR_SIM_AUTO(303, "SSBarrInfoResult");
 VELAR_SIM_AUTO(304, "SSFlagInfoResult");
 VELAR_SIM_AUTO(305, "SSFlagInfoResult");
 VELAR_SIM_AUTO(310, "SSFlagInfoResult");
+
+// The class each notification id of this family comes up with.
+VELAR_SIM_NOTIFY(10018, "XCapMessageData");
+VELAR_SIM_NOTIFY(10019, "SSGenKeyData");

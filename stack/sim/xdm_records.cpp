@@ -37,3 +37,10 @@ VELAR_SIM_AUTO(805, "XdmResponseData");
 VELAR_SIM_AUTO(806, "XdmResponseData");
 VELAR_SIM_AUTO(807, "XdmResponseData");
 VELAR_SIM_AUTO(808, "XdmResponseData");
+
+// The class each notification id of this family comes up with.
+VELAR_SIM_NOTIFY(14001, "XdmGbaRequestData");
+VELAR_SIM_NOTIFY(14002, "XdmAuthData");
+VELAR_SIM_NOTIFY(14003, "XdmStoreGbaKeyData");
+VELAR_SIM_NOTIFY(14004, "XdmContactListData");
+VELAR_SIM_NOTIFY(14005, "XdmContactListData");

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "stack/sim/samples.h"
+#include "tests/support/in_process.h"
 
 using velar_sim::Json;
 
@@ -83,4 +84,24 @@ TEST(SampleRecords, EveryRegisteredClassSurvivesTheRoundTripFilled) {
         checked++;
     }
     EXPECT_GE(checked, 3);
+}
+
+// Every notification row names the class its record comes up in, so that
+// tools can build a representative notification of every id; a filled record
+// of that class goes through its handler. A wrong class is a bad cast that
+// the sanitizer build reports.
+TEST(SampleRecords, EveryNotificationIdHasItsClassAndItsHandlerTakesIt) {
+    ImsFillDispatchMaps();
+    for (size_t i = 1; i < s_notificationCount; i++) {
+        const NotifyInfo& row = s_notifications[i];
+        const char* cls = velar_sim::notifyClass(row.notifyNumber);
+        ASSERT_NE(cls, nullptr) << row.notifyNumber;
+        std::string error;
+        Json sample = velar_sim::sampleRecord(cls, row.notifyNumber, {}, &error);
+        std::unique_ptr<ImsData> record(velar_sim::recordFromJson(sample, &error));
+        ASSERT_TRUE(record) << row.notifyNumber << " " << cls << ": " << error;
+        imsCommonStruc::Notify notify;
+        velard_test::LogCapture quiet;
+        EXPECT_EQ(row.notifyFunction(notify, record.get()), 0) << row.notifyNumber;
+    }
 }
