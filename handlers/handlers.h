@@ -2,17 +2,28 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "imsCommonStruc.pb.h"
 #include "core/ims_core.h"
 #include "handlers/ims_log.h"
 
-#define IMS_DISPATCH(name) \
+#define IMS_DISPATCH(name)                                                                        \
     void name([[maybe_unused]] uint32_t token, [[maybe_unused]] imsCommonStruc::Request& request, \
               [[maybe_unused]] RequestInfo* info)
 #define IMS_RESPONSE(name) \
     int name([[maybe_unused]] uint32_t token, imsCommonStruc::Response& response, ImsData* data)
 #define IMS_NOTIFY(name) int name(imsCommonStruc::Notify& notify, ImsData* data)
+
+// A dispatch handler's own copy of its sub-message, moved out of the request
+// rather than copied: the request is the caller's and is destroyed as soon as
+// the handler returns, so copying every string of a large body would only
+// double the allocations. An absent sub-message comes out empty and reads as
+// its defaults, as the default instance would.
+template <class Body>
+Body TakeBody(Body* inRequest) {
+    return std::move(*inRequest);
+}
 
 // Core.
 IMS_DISPATCH(DispatchNoOperation);

@@ -9,7 +9,7 @@
 
 IMS_DISPATCH(DispatchMakeCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestmakecall();
+    const auto body = TakeBody(request.mutable_requestmakecall());
 
     // letteringText and typeOfEmergencyService are not the stack's business:
     // an emergency call differs only in what the framework fills in below.
@@ -27,7 +27,7 @@ IMS_DISPATCH(DispatchMakeCall) {
 
 IMS_DISPATCH(DispatchEndCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestendcall();
+    const auto body = TakeBody(request.mutable_requestendcall());
 
     CallEndData::Reason* reason = nullptr;
     if (body.has_endreason()) {
@@ -44,14 +44,14 @@ IMS_DISPATCH(DispatchEndCall) {
 
 IMS_DISPATCH(DispatchAcceptCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestacceptcall();
+    const auto body = TakeBody(request.mutable_requestacceptcall());
     s_velar->OnRequest(token, new CallAcceptData(205, static_cast<int>(body.session()),
                                                  static_cast<int>(body.calltype())));
 }
 
 IMS_DISPATCH(DispatchRejectCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestrejectcall();
+    const auto body = TakeBody(request.mutable_requestrejectcall());
     auto* record = ims_call::NewRecord<CallRejectData>(214);
     record->mSession = static_cast<int>(body.session());
     record->mStatusCode = static_cast<int>(body.statuscode());
@@ -61,7 +61,7 @@ IMS_DISPATCH(DispatchRejectCall) {
 
 IMS_DISPATCH(DispatchProgressIncomingCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestprogressincomingcall();
+    const auto body = TakeBody(request.mutable_requestprogressincomingcall());
     auto* record = new CallSessionId(218, static_cast<int>(body.session()));
     // Only a present header list reaches the stack, even an empty one.
     if (body.has_extraheader()) record->setExtraHeader(ims_call::HeaderMap(body.extraheader()));

@@ -16,27 +16,27 @@ void SendSessionOnly(uint32_t token, int id, const char* name, uint32_t session)
 }  // namespace
 
 IMS_DISPATCH(DispatchHoldCall) {
-    const auto body = request.requestholdcall();
+    const auto body = TakeBody(request.mutable_requestholdcall());
     SendSessionOnly(token, 203, __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchResumeCall) {
-    const auto body = request.requestresumecall();
+    const auto body = TakeBody(request.mutable_requestresumecall());
     SendSessionOnly(token, 204, __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchHoldVideo) {
-    const auto body = request.requestholdvideo();
+    const auto body = TakeBody(request.mutable_requestholdvideo());
     SendSessionOnly(token, 219, __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchResumeVideo) {
-    const auto body = request.requestresumevideo();
+    const auto body = TakeBody(request.mutable_requestresumevideo());
     SendSessionOnly(token, 220, __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchStartCamera) {
-    const auto body = request.requeststartcamera();
+    const auto body = TakeBody(request.mutable_requeststartcamera());
     const unsigned int camera = body.camera();
     s_velar->OnRequest(token, new StartCamera(223, body.session(), camera));
     IMS_LOGI("%s() cameraId: %d", __func__, camera);
@@ -50,7 +50,7 @@ IMS_DISPATCH(DispatchStopCamera) {
 
 IMS_DISPATCH(DispatchUpdateCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestupdatecall();
+    const auto body = TakeBody(request.mutable_requestupdatecall());
     auto* record = ims_call::NewRecord<CallUpdateData>(206);
     record->mSession = static_cast<int>(body.session());
     record->mAction = static_cast<int>(body.action());
@@ -62,14 +62,14 @@ IMS_DISPATCH(DispatchUpdateCall) {
 
 IMS_DISPATCH(DispatchModifyCallType) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestmodifycalltype();
+    const auto body = TakeBody(request.mutable_requestmodifycalltype());
     s_velar->OnRequest(token,
                        new ModifyCallTypeData(216, body.session(), body.oldtype(), body.newtype()));
 }
 
 IMS_DISPATCH(DispatchReplyModifyCallType) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestreplymodifycalltype();
+    const auto body = TakeBody(request.mutable_requestreplymodifycalltype());
     auto* record = ims_call::NewRecord<ReplyModifyCallType>(217);
     record->mSession = static_cast<int>(body.session());
     record->mReqType = body.reqtype();
@@ -80,7 +80,7 @@ IMS_DISPATCH(DispatchReplyModifyCallType) {
 
 IMS_DISPATCH(DispatchRejectModifyCallType) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestrejectmodifycalltype();
+    const auto body = TakeBody(request.mutable_requestrejectmodifycalltype());
     auto* record = ims_call::NewRecord<RejectModifyCallType>(221);
     record->mSession = static_cast<int>(body.session());
     record->mReason = body.reason();
@@ -89,7 +89,7 @@ IMS_DISPATCH(DispatchRejectModifyCallType) {
 
 IMS_DISPATCH(DispatchSendDtmf) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestsenddtmf();
+    const auto body = TakeBody(request.mutable_requestsenddtmf());
     auto* record = ims_call::NewRecord<CallSendDtmf>(207);
     record->mHandle = static_cast<int>(body.handle());
     record->mSession = static_cast<int>(body.session());
@@ -110,7 +110,7 @@ IMS_DISPATCH(DispatchUpdateAudioInterface) {
 
 IMS_DISPATCH(DispatchSendInfo) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestsendinfo();
+    const auto body = TakeBody(request.mutable_requestsendinfo());
     s_velar->OnRequest(
         token, new CallSendInfo(229, body.handle(), body.session(),
                                 static_cast<int>(body.calltype()), ims_call::ContentsOf(body)));
@@ -118,7 +118,7 @@ IMS_DISPATCH(DispatchSendInfo) {
 
 IMS_DISPATCH(DispatchPublishDialog) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestpublishdialog();
+    const auto body = TakeBody(request.mutable_requestpublishdialog());
     auto* record = ims_call::NewRecord<CallPublishData>(228);
     record->mHandle = static_cast<int>(body.handle());
     record->mOrigUri = body.origuri();

@@ -10,8 +10,8 @@ namespace {
 
 // A new conference (209) and a call extended to one (222) carry the same
 // body; only the record id tells the stack which it is.
-void SendConfCallSetup(uint32_t token, int id, const imsCommonStruc::Request& request) {
-    const auto body = request.requestmakeconfcall();
+void SendConfCallSetup(uint32_t token, int id, imsCommonStruc::Request& request) {
+    const auto body = TakeBody(request.mutable_requestmakeconfcall());
     std::vector<int> sessions;
     for (int session : body.sessionid()) {
         if (logLevel > 1) IMS_LOGD("participants %d", session);
@@ -41,7 +41,7 @@ IMS_DISPATCH(DispatchExtendToConference) {
 
 IMS_DISPATCH(DispatchUpdateConfCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestupdateconfcall();
+    const auto body = TakeBody(request.mutable_requestupdateconfcall());
     s_velar->OnRequest(token, new ConfCallUpdateSession(215, body.session(), body.cmd(),
                                                         body.participantid(), body.participant()));
 }
@@ -49,7 +49,7 @@ IMS_DISPATCH(DispatchUpdateConfCall) {
 // A transfer the framework starts; replacingSession stays behind.
 IMS_DISPATCH(DispatchTransferCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requesttransfercall();
+    const auto body = TakeBody(request.mutable_requesttransfercall());
     auto* record = ims_call::NewRecord<CallTransferData>(212);
     record->mHandle = static_cast<int>(body.handle());
     record->mSession = static_cast<int>(body.session());
@@ -61,7 +61,7 @@ IMS_DISPATCH(DispatchTransferCall) {
 // The framework's answer to a transfer the peer asked for.
 IMS_DISPATCH(DispatchAcceptTransferCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestaccepttransfercall();
+    const auto body = TakeBody(request.mutable_requestaccepttransfercall());
     auto* record = ims_call::NewRecord<AcceptTransferData>(213);
     record->mSession = static_cast<int>(body.session());
     record->mAccept = body.accept();
@@ -72,7 +72,7 @@ IMS_DISPATCH(DispatchAcceptTransferCall) {
 
 IMS_DISPATCH(DispatchCancelTransferCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestcanceltransfercall();
+    const auto body = TakeBody(request.mutable_requestcanceltransfercall());
     auto* record = ims_call::NewRecord<CancelCallTransferData>(227);
     record->mHandle = static_cast<int>(body.handle());
     record->mSession = static_cast<int>(body.session());
@@ -81,7 +81,7 @@ IMS_DISPATCH(DispatchCancelTransferCall) {
 
 IMS_DISPATCH(DispatchPullingCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestpullingcall();
+    const auto body = TakeBody(request.mutable_requestpullingcall());
     auto* record = ims_call::NewRecord<CallPullingData>(224);
     record->mHandle = static_cast<int>(body.handle());
     record->mPullingUri = body.pullinguri();

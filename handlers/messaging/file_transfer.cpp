@@ -63,7 +63,7 @@ void fileAttrToWire(imsCommonStruc::ImFileAttr* wire, const FileAttr& attr) {
 
 IMS_DISPATCH(DispatchFTStartSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requeststartftsession();
+    const auto body = TakeBody(request.mutable_requeststartftsession());
     const auto& wireSession = body.sessiondata();
     const auto& wirePayload = body.payload();
 
@@ -96,7 +96,7 @@ IMS_DISPATCH(DispatchFTStartSession) {
 
 IMS_DISPATCH(DispatchFTAcceptSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestacceptftsession();
+    const auto body = TakeBody(request.mutable_requestacceptftsession());
     auto* record = new RequestAcceptFtSession(553);
     record->handle = body.sessionhandle();
     record->start = body.start();
@@ -109,7 +109,7 @@ IMS_DISPATCH(DispatchFTAcceptSession) {
 // Serves 522 and 552 alike: the record keeps the id the client used.
 IMS_DISPATCH(DispatchFTCancelSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestcancelftsession();
+    const auto body = TakeBody(request.mutable_requestcancelftsession());
     auto* record = new CancelFtSessionData(static_cast<int>(request.reqid()));
     record->handle = body.sessionhandle();
     record->sipCode = body.sipcode();

@@ -6,7 +6,7 @@
 
 IMS_DISPATCH(DispatchGroupListSubscribe) {
     IMS_LOGI("%s()", __func__);
-    const auto body = *request.mutable_requestgrouplistsubscribe();
+    const auto body = TakeBody(request.mutable_requestgrouplistsubscribe());
     auto* record = new GroupListSubscribeData(560);
     record->handle = body.handle();
     record->subscriptionId = body.subscriptionid();
@@ -17,7 +17,7 @@ IMS_DISPATCH(DispatchGroupListSubscribe) {
 
 IMS_DISPATCH(DispatchGroupInfoSubscribe) {
     IMS_LOGI("%s()", __func__);
-    const auto body = *request.mutable_requestgroupinfosubscribe();
+    const auto body = TakeBody(request.mutable_requestgroupinfosubscribe());
     auto* record = new GroupInfoSubscribeData(561);
     record->handle = body.handle();
     record->subscriptionId = body.subscriptionid();

@@ -8,7 +8,7 @@
 
 IMS_DISPATCH(DispatchIMSendMessage) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestsendimmessage();
+    const auto body = TakeBody(request.mutable_requestsendimmessage());
     const auto& param = body.messageparam();
 
     // The session already fixes who sends and who receives; of the message
@@ -32,7 +32,7 @@ IMS_DISPATCH(DispatchIMSendMessage) {
 
 IMS_DISPATCH(DispatchIMSendComposingStatus) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestsendimcomposingstatus();
+    const auto body = TakeBody(request.mutable_requestsendimcomposingstatus());
     auto* record = new RequestSendImComposingStatus(505);
     record->handle = body.sessionid();
     record->status.contentType = body.status().contenttype();
@@ -48,7 +48,7 @@ IMS_DISPATCH(DispatchIMSendNotiStatus) {
     static constexpr const char* kSignature =
         "void DispatchIMSendNotiStatus(uint32_t, imsCommonStruc::Request&, "
         "RequestInfo*)";
-    const auto body = request.requestsendimnotificationstatus();
+    const auto body = TakeBody(request.mutable_requestsendimnotificationstatus());
     const auto& status = body.status();
     const int value = static_cast<int>(status.status());
     if (value != 0 && value != 1) {
@@ -81,7 +81,7 @@ IMS_DISPATCH(DispatchIMSendNotiStatus) {
 
 IMS_DISPATCH(DispatchUpdateParticipants) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestupdateparticipants();
+    const auto body = TakeBody(request.mutable_requestupdateparticipants());
     auto* record = new RequestUpdateParticipants(510);
     record->handle = body.sessionhandle();
     record->reqType = static_cast<int32_t>(body.reqtype());

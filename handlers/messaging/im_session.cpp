@@ -9,7 +9,7 @@
 
 IMS_DISPATCH(DispatchIMStartSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requeststartimsession();
+    const auto body = TakeBody(request.mutable_requeststartimsession());
     const auto& wireSession = body.session();
     const auto& base = wireSession.basesessiondata();
 
@@ -55,14 +55,14 @@ IMS_DISPATCH(DispatchIMStartSession) {
 
 IMS_DISPATCH(DispatchAcceptImSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestacceptimsession();
+    const auto body = TakeBody(request.mutable_requestacceptimsession());
     s_velar->OnRequest(token, new RequestAcceptImSession(502, static_cast<int>(body.sessionid()),
                                                          body.useralias()));
 }
 
 IMS_DISPATCH(DispatchImCloseSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestcloseimsession();
+    const auto body = TakeBody(request.mutable_requestcloseimsession());
     auto* record = new CloseImSessionData(503);
     record->handle = body.sessionid();
     // Taken as it stands: without reasonHdr the stack gets code 0, not the
@@ -74,7 +74,7 @@ IMS_DISPATCH(DispatchImCloseSession) {
 
 IMS_DISPATCH(DispatchRejectImSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestrejectimsession();
+    const auto body = TakeBody(request.mutable_requestrejectimsession());
     auto* record = new RequestRejectImSession(508);
     record->handle = body.sessionhandle();
     record->sipCode = static_cast<int32_t>(body.sipcode());

@@ -31,7 +31,7 @@ Record* newStandaloneRecord(int id, const Body& body) {
 
 IMS_DISPATCH(DispatchIMSendSlmMessage) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestsendimslmmessage();
+    const auto body = TakeBody(request.mutable_requestsendimslmmessage());
     const auto& wireSession = body.sessiondata();
     const auto& wireMessage = body.messageparam();
 
@@ -58,7 +58,7 @@ IMS_DISPATCH(DispatchIMSendSlmMessage) {
 
 IMS_DISPATCH(DispatchSlmSendFile) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestsendslmfile();
+    const auto body = TakeBody(request.mutable_requestsendslmfile());
     const auto& wireSession = body.sessiondata();
     const auto& wirePayload = body.payloadparam();
 

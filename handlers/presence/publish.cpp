@@ -35,7 +35,7 @@ std::vector<Element*> ConvertElements(const WireElements& wire) {
 
 IMS_DISPATCH(DispatchPresencePublish) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestpresencepublish();
+    const auto body = TakeBody(request.mutable_requestpresencepublish());
 
     std::vector<PersonTuple*> persons;
     for (const auto& wire : body.persontuples()) {
@@ -79,7 +79,7 @@ IMS_DISPATCH(DispatchPresencePublish) {
 
 IMS_DISPATCH(DispatchPresenceUnpublish) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestpresenceunpublish();
+    const auto body = TakeBody(request.mutable_requestpresenceunpublish());
     // A withdrawal carries no document and no entity tag.
     auto* record = new PresencePublishData(702, static_cast<int>(body.handle()), nullptr, 0, "");
     IMS_LOGI("%s() profile handle %d", __func__, static_cast<int>(body.handle()));

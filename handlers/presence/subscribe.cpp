@@ -7,7 +7,7 @@
 
 IMS_DISPATCH(DispatchPresenceSubscribe) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestpresencesubscribe();
+    const auto body = TakeBody(request.mutable_requestpresencesubscribe());
     auto* record = new PresenceSubscribeData;
     record->id = 711;
     record->handle = static_cast<int>(body.handle());
@@ -23,7 +23,7 @@ IMS_DISPATCH(DispatchPresenceSubscribe) {
 
 IMS_DISPATCH(DispatchPresenceUnsubscribe) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestpresenceunsubscribe();
+    const auto body = TakeBody(request.mutable_requestpresenceunsubscribe());
     auto* record = new PresenceSubscribeData;
     record->id = 712;
     record->handle = static_cast<int>(body.handle());

@@ -19,7 +19,7 @@ std::map<std::string, std::string> firstKeyWins(const Pairs& pairs) {
 
 IMS_DISPATCH(DispatchUpdateCommonConfig) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestupdatecommonconfig();
+    const auto body = TakeBody(request.mutable_requestupdatecommonconfig());
     auto* record = new ConfigData(101);
 
     // The stack takes the sections in this order, which is not the wire's.

@@ -33,7 +33,7 @@ int fillRegistrationStatus(const char* name, imsCommonStruc::Notify& notify, Ims
 
 IMS_DISPATCH(DispatchRegistration) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestregistration();
+    const auto body = TakeBody(request.mutable_requestregistration());
     const std::list<std::string> pcscfAddrList(body.pcscfaddrlist().begin(),
                                                body.pcscfaddrlist().end());
     // An absent isExplicitDeregi reads as the schema's default, true.
@@ -48,7 +48,7 @@ IMS_DISPATCH(DispatchRegistration) {
 
 IMS_DISPATCH(DispatchUpdateAkaResp) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestupdateakaresp();
+    const auto body = TakeBody(request.mutable_requestupdateakaresp());
     // The AKA response is a credential: never in a production log.
     if (!IsShipBuild() && logLevel >= 2) IMS_LOGD("%s() %s", __func__, body.akaresp().c_str());
     auto* record = new RegiAuth(105, static_cast<RegiAuth::AKA_RESP_RECV_MANAGER>(body.recvmng()),
@@ -58,21 +58,21 @@ IMS_DISPATCH(DispatchUpdateAkaResp) {
 
 IMS_DISPATCH(DispatchSetPreferredImpu) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestsetpreferredimpu();
+    const auto body = TakeBody(request.mutable_requestsetpreferredimpu());
     s_velar->OnRequest(token,
                        new UpdatePreferredImpu(107, static_cast<int>(body.handle()), body.impu()));
 }
 
 IMS_DISPATCH(DispatchNetworkSuspended) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestnetworksuspended();
+    const auto body = TakeBody(request.mutable_requestnetworksuspended());
     s_velar->OnRequest(token,
                        new NetworkSuspended(108, static_cast<int>(body.handle()), body.state()));
 }
 
 IMS_DISPATCH(DispatchUpdateFeatureTag) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestupdatefeaturetag();
+    const auto body = TakeBody(request.mutable_requestupdatefeaturetag());
     s_velar->OnRequest(
         token, new PairData<int, std::vector<unsigned int>>(
                    109, static_cast<int>(body.handle()), helpers::toTags(body.featuretaglist())));

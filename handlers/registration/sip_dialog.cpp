@@ -3,13 +3,13 @@
 
 IMS_DISPATCH(DispatchOpenSipDialog) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestopensipdialog();
+    const auto body = TakeBody(request.mutable_requestopensipdialog());
     s_velar->OnRequest(token, new PrimitiveData<bool>(1201, body.isrequired()));
 }
 
 IMS_DISPATCH(DispatchSipDialogSendSip) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestsendsip();
+    const auto body = TakeBody(request.mutable_requestsendsip());
     s_velar->OnRequest(token,
                        new SendSipData(1200, static_cast<int>(body.handle()), body.sipmessage()));
 }

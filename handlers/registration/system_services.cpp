@@ -6,7 +6,7 @@
 
 IMS_DISPATCH(DispatchDnsQuery) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestdnsquery();
+    const auto body = TakeBody(request.mutable_requestdnsquery());
     const int handle = static_cast<int>(body.handle());
     auto* record = new DnsQueryData(106, handle, body.interface(), body.hostname(), body.type(),
                                     body.transport(), body.family());
@@ -16,7 +16,7 @@ IMS_DISPATCH(DispatchDnsQuery) {
 
 IMS_DISPATCH(DispatchUpdateVceConfig) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestupdatevceconfig();
+    const auto body = TakeBody(request.mutable_requestupdatevceconfig());
     auto* record = new VceConfigData;
     record->SetId(110);
     record->handle = static_cast<int>(body.handle());
@@ -26,14 +26,14 @@ IMS_DISPATCH(DispatchUpdateVceConfig) {
 
 IMS_DISPATCH(DispatchUpdatePani) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestupdatepani();
+    const auto body = TakeBody(request.mutable_requestupdatepani());
     s_velar->OnRequest(
         token, new PaniData(600, static_cast<int>(body.handle()), body.pani(), body.lastpani()));
 }
 
 IMS_DISPATCH(DispatchUpdateGeolocation) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestupdategeolocation();
+    const auto body = TakeBody(request.mutable_requestupdategeolocation());
     // Only what the client sent; a field left out is an empty string.
     auto sent = [](bool present, const std::string& value) {
         return present ? value : std::string();
@@ -56,12 +56,12 @@ IMS_DISPATCH(DispatchUpdateGeolocation) {
 
 IMS_DISPATCH(DispatchAlarmWakeUp) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestalarmwakeup();
+    const auto body = TakeBody(request.mutable_requestalarmwakeup());
     s_velar->OnRequest(token, new PrimitiveData<int>(901, static_cast<int>(body.id())));
 }
 
 IMS_DISPATCH(DispatchX509CertVerifyResult) {
-    const auto body = request.requestx509certverifyresult();
+    const auto body = TakeBody(request.mutable_requestx509certverifyresult());
     IMS_LOGI("%s() result %d", __func__, body.result() ? 1 : 0);
     // The client's reason stays here: the stack takes the verdict alone.
     s_velar->OnRequest(token, new PrimitiveData<bool>(902, body.result()));
@@ -69,7 +69,7 @@ IMS_DISPATCH(DispatchX509CertVerifyResult) {
 
 IMS_DISPATCH(DispatchDeleteTcpClientSocket) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestdeletetcpclientsocket();
+    const auto body = TakeBody(request.mutable_requestdeletetcpclientsocket());
     s_velar->OnRequest(token, new DeleteTcpClientSocket(1300, static_cast<int>(body.handle())));
 }
 

@@ -6,7 +6,7 @@
 
 IMS_DISPATCH(DispatchUACreation) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestuacreation();
+    const auto body = TakeBody(request.mutable_requestuacreation());
 
     // authName, regdomain, isSigComp, secureClientPort, secureServerPort,
     // selfPort, isSubscribeRegEvent and isKeepAlive are not the stack's
@@ -60,6 +60,6 @@ IMS_DISPATCH(DispatchUACreation) {
 
 IMS_DISPATCH(DispatchUADeletion) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestuadeletion();
+    const auto body = TakeBody(request.mutable_requestuadeletion());
     s_velar->OnRequest(token, new PrimitiveData<int>(103, static_cast<int>(body.handle())));
 }

@@ -8,7 +8,7 @@ namespace ims = imsCommonStruc;
 
 IMS_DISPATCH(DispatchIshStartSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestishstartsession();
+    const auto body = TakeBody(request.mutable_requestishstartsession());
     auto* record = new StartIshSession;
     record->id = 1001;
     record->registrationHandle = body.registrationhandle();
@@ -21,14 +21,14 @@ IMS_DISPATCH(DispatchIshStartSession) {
 
 IMS_DISPATCH(DispatchIshAcceptSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestishacceptsession();
+    const auto body = TakeBody(request.mutable_requestishacceptsession());
     s_velar->OnRequest(token, new TupleData<int, std::string>(
                                   1002, static_cast<int>(body.sessionid()), body.filepath()));
 }
 
 IMS_DISPATCH(DispatchIshStopSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestishstopsession();
+    const auto body = TakeBody(request.mutable_requestishstopsession());
     // The stack takes no reason for stopping: the wire's reason stays here.
     s_velar->OnRequest(token, new TupleData<int, std::string>(
                                   1003, static_cast<int>(body.sessionid()), std::string()));

@@ -6,7 +6,7 @@ namespace ims = imsCommonStruc;
 
 IMS_DISPATCH(DispatchVshStartSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestvshstartsession();
+    const auto body = TakeBody(request.mutable_requestvshstartsession());
     // filePath, size and contentType are not the stack's concern here.
     auto* record = new StartVshSession;
     record->id = 1101;
@@ -17,13 +17,13 @@ IMS_DISPATCH(DispatchVshStartSession) {
 
 IMS_DISPATCH(DispatchVshAcceptSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestvshacceptsession();
+    const auto body = TakeBody(request.mutable_requestvshacceptsession());
     s_velar->OnRequest(token, new PrimitiveData<int>(1102, static_cast<int>(body.sessionid())));
 }
 
 IMS_DISPATCH(DispatchVshStopSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestvshstopsession();
+    const auto body = TakeBody(request.mutable_requestvshstopsession());
     s_velar->OnRequest(token, new PrimitiveData<int>(1103, static_cast<int>(body.sessionid())));
 }
 

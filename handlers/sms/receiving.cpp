@@ -19,7 +19,7 @@ IMS_NOTIFY(NotifyReceiveSms) {
 
 IMS_DISPATCH(DispatchReceiveSmsResp) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestreceivesmsresp();
+    const auto body = TakeBody(request.mutable_requestreceivesmsresp());
     s_velar->OnRequest(token, new SmsReceiveResponse(403, body.handle(), body.callid(),
                                                      static_cast<int>(body.status())));
 }

@@ -5,7 +5,7 @@
 
 IMS_DISPATCH(DispatchSendMessage) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestsendmsg();
+    const auto body = TakeBody(request.mutable_requestsendmsg());
     // The stack tells a reply from a new message by the constructor used, so
     // presence decides, not content: an empty inReplyTo is still a reply.
     // contentLen goes as given, even where it disagrees with the body.
@@ -50,6 +50,6 @@ IMS_NOTIFY(NotifySmsRpAck) {
 
 IMS_DISPATCH(DispatchSendRpAckResp) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestsendrpackresp();
+    const auto body = TakeBody(request.mutable_requestsendrpackresp());
     s_velar->OnRequest(token, new RpAckResponse(402, body.handle(), body.callid()));
 }

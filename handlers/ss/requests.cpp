@@ -8,49 +8,49 @@
 
 IMS_DISPATCH(DispatchSSGetDivInfo) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestgetssdivinfo();
+    const auto body = TakeBody(request.mutable_requestgetssdivinfo());
     s_velar->OnRequest(token, new SSGetDivInfo(301, body.sstype(), body.mediatype(), body.impu()));
 }
 
 IMS_DISPATCH(DispatchSSGetICBInfo) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestgetssicbinfo();
+    const auto body = TakeBody(request.mutable_requestgetssicbinfo());
     s_velar->OnRequest(token, new SSGetBarrInfo(302, body.sstype(), body.mediatype(), body.impu()));
 }
 
 IMS_DISPATCH(DispatchSSGetOCBInfo) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestgetssocbinfo();
+    const auto body = TakeBody(request.mutable_requestgetssocbinfo());
     s_velar->OnRequest(token, new SSGetBarrInfo(303, body.sstype(), body.mediatype(), body.impu()));
 }
 
 IMS_DISPATCH(DispatchSSGetOIPInfo) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestgetssoipinfo();
+    const auto body = TakeBody(request.mutable_requestgetssoipinfo());
     s_velar->OnRequest(token, new SSInfo(304, body.impu()));
 }
 
 IMS_DISPATCH(DispatchSSGetOIRInfo) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestgetssoirinfo();
+    const auto body = TakeBody(request.mutable_requestgetssoirinfo());
     s_velar->OnRequest(token, new SSInfo(305, body.impu()));
 }
 
 IMS_DISPATCH(DispatchSSGetCommWaitInfo) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestgetsscwinfo();
+    const auto body = TakeBody(request.mutable_requestgetsscwinfo());
     s_velar->OnRequest(token, new SSInfo(310, body.impu()));
 }
 
 IMS_DISPATCH(DispatchSSGetSDInfo) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestgetsssdinfo();
+    const auto body = TakeBody(request.mutable_requestgetsssdinfo());
     s_velar->OnRequest(token, new SSInfo(314, body.impu()));
 }
 
 IMS_DISPATCH(DispatchSSSetDivInfo) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestsetssdivinfo();
+    const auto body = TakeBody(request.mutable_requestsetssdivinfo());
     // In wire order, duplicates kept: the forwarding targets are the
     // framework's list, not a set.
     std::list<SS_FORWARD_TO> fwdElm(body.fwdelm().begin(), body.fwdelm().end());
@@ -65,8 +65,8 @@ namespace {
 
 // Incoming and outgoing barring share one wire body; the record id tells them
 // apart. The wire's deleteRule has no place in the record and stays behind.
-void dispatchSetBarr(int id, uint32_t token, const imsCommonStruc::Request& request) {
-    const auto body = request.requestsetssbarrinfo();
+void dispatchSetBarr(int id, uint32_t token, imsCommonStruc::Request& request) {
+    const auto body = TakeBody(request.mutable_requestsetssbarrinfo());
     s_velar->OnRequest(token, new SSSetBarrInfo(id, body.serviceactivation(), body.ruleid(),
                                                 static_cast<int>(body.cbtype()), body.mediatype(),
                                                 body.allow(), body.impu(), body.sibtarget()));
@@ -86,26 +86,26 @@ IMS_DISPATCH(DispatchSSSetOCBInfo) {
 
 IMS_DISPATCH(DispatchSSSetOIRInfo) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestsetssoirinfo();
+    const auto body = TakeBody(request.mutable_requestsetssoirinfo());
     s_velar->OnRequest(token, new SSSetOIRInfo(309, body.serviceactivation(), body.impu()));
 }
 
 IMS_DISPATCH(DispatchSSSetCommWaitInfo) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestsetsscwinfo();
+    const auto body = TakeBody(request.mutable_requestsetsscwinfo());
     s_velar->OnRequest(token, new SSSetCommWaitInfo(311, body.serviceactivation(), body.impu()));
 }
 
 IMS_DISPATCH(DispatchSSUpdateGbaKey) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestssupdategbakey();
+    const auto body = TakeBody(request.mutable_requestssupdategbakey());
     if (logLevel > 1) IMS_LOGD("%s() %s", __func__, body.gbakey().c_str());
     s_velar->OnRequest(token, new SSGbaKeyData(312, body.gbakey()));
 }
 
 IMS_DISPATCH(DispatchSSUpdateDns) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestssupdatedns();
+    const auto body = TakeBody(request.mutable_requestssupdatedns());
     std::list<std::string> dnsList(body.dnslist().begin(), body.dnslist().end());
     if (logLevel > 1) IMS_LOGD("%s() %s", __func__, body.iface().c_str());
     s_velar->OnRequest(token, new SSGetDns(313, dnsList, body.iface()));
@@ -113,12 +113,12 @@ IMS_DISPATCH(DispatchSSUpdateDns) {
 
 IMS_DISPATCH(DispatchSSUpdateRouteResult) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestssupdaterouteresult();
+    const auto body = TakeBody(request.mutable_requestssupdaterouteresult());
     s_velar->OnRequest(token, new PrimitiveData<bool>(315, body.result()));
 }
 
 IMS_DISPATCH(DispatchSSResetConfigure) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestssresetconfigure();
+    const auto body = TakeBody(request.mutable_requestssresetconfigure());
     s_velar->OnRequest(token, new PrimitiveData<bool>(316, body.reset()));
 }

@@ -34,7 +34,7 @@ Contact* ConvertContact(const imsCommonStruc::Contact& wire) {
 
 IMS_DISPATCH(DispatchXdmFetchDocument) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestxdmfetchdocument();
+    const auto body = TakeBody(request.mutable_requestxdmfetchdocument());
     NodeSelectorData selector;
     if (body.has_nodeselector()) {
         const auto& wire = body.nodeselector();
@@ -53,7 +53,7 @@ IMS_DISPATCH(DispatchXdmFetchDocument) {
 
 IMS_DISPATCH(DispatchXdmUploadPresRules) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestxdmuploadpresrules();
+    const auto body = TakeBody(request.mutable_requestxdmuploadpresrules());
     // The rules document itself is the stack's to build: rules is not read.
     s_velar->OnRequest(token, new XdmPresRuleData(805, static_cast<int>(body.rid()), body.impu(),
                                                   body.btid(), body.gbakey()));
@@ -61,7 +61,7 @@ IMS_DISPATCH(DispatchXdmUploadPresRules) {
 
 IMS_DISPATCH(DispatchXdmUploadContacts) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestxdmuploadcontacts();
+    const auto body = TakeBody(request.mutable_requestxdmuploadcontacts());
     std::vector<Contact*> contacts;
     contacts.reserve(static_cast<size_t>(body.contacts_size()));
     for (const auto& wire : body.contacts()) contacts.push_back(ConvertContact(wire));
@@ -72,7 +72,7 @@ IMS_DISPATCH(DispatchXdmUploadContacts) {
 
 IMS_DISPATCH(DispatchXdmModifyContact) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestxdmmodifycontact();
+    const auto body = TakeBody(request.mutable_requestxdmmodifycontact());
     // Without a contact on the wire the stack still gets one, empty.
     s_velar->OnRequest(token, new XdmModifyContactData(
                                   807, static_cast<int>(body.rid()), body.impu(), body.contactid(),
@@ -81,7 +81,7 @@ IMS_DISPATCH(DispatchXdmModifyContact) {
 
 IMS_DISPATCH(DispatchXdmDeleteContact) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestxdmmodifycontact();
+    const auto body = TakeBody(request.mutable_requestxdmmodifycontact());
     s_velar->OnRequest(
         token, new XdmModifyContactData(808, static_cast<int>(body.rid()), body.impu(),
                                         body.contactid(), body.uuid(), body.etag(), nullptr));

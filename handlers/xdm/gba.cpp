@@ -6,7 +6,7 @@
 
 IMS_DISPATCH(DispatchXdmUpdateGbaData) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestxdmupdategbadata();
+    const auto body = TakeBody(request.mutable_requestxdmupdategbadata());
     s_velar->OnRequest(token, new XdmGbaData(801, static_cast<int>(body.rid()), body.imsi(),
                                              body.gbauiccsupported()));
 }
@@ -15,7 +15,7 @@ IMS_DISPATCH(DispatchXdmUpdateGbaData) {
 // where registration has its handle and no nonce.
 IMS_DISPATCH(DispatchXdmUpdateAkaResp) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestxdmupdateakaresp();
+    const auto body = TakeBody(request.mutable_requestxdmupdateakaresp());
     if (logLevel > 1) IMS_LOGD("%s() %s", __func__, body.akaresp().c_str());
     s_velar->OnRequest(
         token, new RegiAuth(802, static_cast<RegiAuth::AKA_RESP_RECV_MANAGER>(body.recvmng()),
@@ -24,7 +24,7 @@ IMS_DISPATCH(DispatchXdmUpdateAkaResp) {
 
 IMS_DISPATCH(DispatchXdmUpdateGbaKey) {
     IMS_LOGI("%s()", __func__);
-    const auto body = request.requestxdmupdategbakey();
+    const auto body = TakeBody(request.mutable_requestxdmupdategbakey());
     if (logLevel > 1) IMS_LOGD("%s() %s", __func__, body.gbakey().c_str());
     s_velar->OnRequest(
         token, new XdmKeyData(803, static_cast<int>(body.rid()), body.btid(), body.gbakey()));
