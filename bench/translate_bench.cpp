@@ -33,6 +33,9 @@
 #include <string>
 #include <vector>
 
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+
 #include "core/ims_core.h"
 #include "measure.h"
 #include "stack/sim/samples.h"
@@ -244,6 +247,18 @@ std::string showWritten(const Cell& c) {
     return std::to_string(c.lines) + ": " + duration(c.writtenNs);
 }
 
+// What parsing the record's Request alone costs, as ProcessCommandBuffer
+// parses it before any handler runs: the part of a request's figure that
+// belongs to the protocol buffer library and the size of the body.
+double decodeNs(const std::string& rec) {
+    return medianNsPerCall([&] {
+        imsCommonStruc::Request request;
+        google::protobuf::io::ArrayInputStream in(rec.data() + 8, static_cast<int>(rec.size() - 8));
+        google::protobuf::io::CodedInputStream coded(&in);
+        request.ParseFromCodedStream(&coded);
+    });
+}
+
 struct Summary {
     std::vector<double> all;
     double worstNs = -1, worstWrittenNs = -1;
@@ -304,6 +319,7 @@ int main(int argc, char** argv) {
         bool notification;
         std::string body;
         Cell dispatch, response, notify;
+        double decodeNs = -1;
     };
     std::vector<Row> rows;
     Summary summary;
@@ -333,6 +349,7 @@ int main(int argc, char** argv) {
             row.dispatch = measure([&] { ProcessCommandBuffer(rec.data(), rec.size()); });
             velar_sim::setCaptureHook(nullptr, nullptr);
             summary.add(row.dispatch, row.id, "request");
+            row.decodeNs = decodeNs(rec);
         }
 
         // The answer: the auto mode's success record for this request (a
@@ -396,30 +413,40 @@ int main(int argc, char** argv) {
     }
     int over = 0;
     for (double ns : summary.all) over += ns > kTargetNs;
+    // The requests over the target beside the part of their figure that the
+    // parse of their body takes before any handler runs.
+    std::string overRequests;
+    for (const Row& r : rows) {
+        if (r.notification || r.dispatch.ns <= kTargetNs) continue;
+        overRequests += std::string(overRequests.empty() ? "" : ", ") + std::to_string(r.id) + " " +
+                        duration(r.dispatch.ns) + " (decoding " + duration(r.decodeNs) + ")";
+    }
     double median = percentile(summary.all, 0.5);
     std::string text = "Measured " + std::to_string(summary.all.size()) +
-                       " translations; median of the per-id "
-                       "medians " +
-                       duration(median) + "; worst " + summary.worst + " at " +
-                       duration(summary.worstNs) +
+                       " translations; median of the per-id medians " + duration(median) +
+                       "; worst " + summary.worst + " at " + duration(summary.worstNs) +
                        "; over the 2 µs target: " + std::to_string(over) +
+                       (overRequests.empty() ? "" : ", requests: " + overRequests) +
                        ". With every log line written: worst " + summary.worstWritten + " at " +
                        duration(summary.worstWrittenNs) + "; one line's write(2) costs " +
                        duration(writeNs) + " on this machine.";
     if (markdown) {
         std::cout << text << "\n\n";
-        std::cout
-            << "| Id | Body / record class | Request | lines: written | Response | lines: written "
-               "| Notification | lines: written |\n|---|---|---|---|---|---|---|---|\n";
+        std::cout << "| Id | Body / record class | Request | of which decoding | lines: written | "
+                     "Response "
+                     "| lines: written | Notification | lines: written |\n"
+                     "|---|---|---|---|---|---|---|---|---|\n";
         for (const Row& r : rows) {
             std::cout << "| " << r.id << " | " << (r.body.empty() ? "" : "`" + r.body + "`")
                       << " | ";
             if (r.notification)
-                std::cout << " | | | | " << show(r.notify) << " | " << showWritten(r.notify)
+                std::cout << " | | | | | " << show(r.notify) << " | " << showWritten(r.notify)
                           << " |\n";
             else
-                std::cout << show(r.dispatch) << " | " << showWritten(r.dispatch) << " | "
-                          << show(r.response) << " | " << showWritten(r.response) << " | | |\n";
+                std::cout << show(r.dispatch) << " | "
+                          << (r.decodeNs < 0 ? "" : duration(r.decodeNs)) << " | "
+                          << showWritten(r.dispatch) << " | " << show(r.response) << " | "
+                          << showWritten(r.response) << " | | |\n";
         }
     } else {
         for (const Row& r : rows) {
@@ -428,10 +455,12 @@ int main(int argc, char** argv) {
                           << ")\t" << r.body << "\n";
             else
                 std::cout << r.id << "\trequest " << show(r.dispatch) << " ("
-                          << showWritten(r.dispatch) << ")\tresponse " << show(r.response) << " ("
-                          << showWritten(r.response) << ")\t" << r.body << "\n";
+                          << showWritten(r.dispatch) << ", decoding "
+                          << (r.decodeNs < 0 ? "-" : duration(r.decodeNs)) << ")\tresponse "
+                          << show(r.response) << " (" << showWritten(r.response) << ")\t" << r.body
+                          << "\n";
         }
         std::cout << text << "\n";
     }
-    return 0;
+    return over > 0 ? 1 : 0;
 }
