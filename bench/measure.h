@@ -50,8 +50,11 @@ std::vector<std::pair<std::string, std::string>> machineDescription();
 
 // Resident set of a process in KiB (VmRSS), or -1.
 long residentKiB(pid_t pid);
-// User plus system CPU time of a process in seconds, or -1.
-double cpuSeconds(pid_t pid);
+// CPU time (user plus system) that a process, or one of this process's
+// threads, has used so far, in nanoseconds from the scheduler's own
+// accounting (/proc/.../schedstat), or -1.
+double cpuNs(pid_t pid);
+double threadCpuNs(pid_t tid);
 
 // 1234567 -> "1,234,567"
 std::string grouped(double value);
