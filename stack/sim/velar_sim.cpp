@@ -49,7 +49,9 @@ std::atomic<bool> s_shipBuild{envBool("VELAR_SIM_SHIP_BUILD")};
 
 int logLevel = envInt("VELAR_SIM_LOGLEVEL", 2);
 
-bool IsShipBuild() { return s_shipBuild.load(std::memory_order_relaxed); }
+bool IsShipBuild() {
+    return s_shipBuild.load(std::memory_order_relaxed);
+}
 
 std::string ImsLogChecker(const std::string& text) {
     // A production build keeps numbers and addresses out of the log.
@@ -70,8 +72,12 @@ std::string methodName(const std::string& signature) {
 }
 
 namespace resip {
-bool Data::init(DataLocalSize<16>) { return true; }
-bool CpimContents::init() { return true; }
+bool Data::init(DataLocalSize<16>) {
+    return true;
+}
+bool CpimContents::init() {
+    return true;
+}
 }  // namespace resip
 
 namespace velar_sim {
@@ -134,41 +140,55 @@ void registerAutoAnswer(const AutoAnswer& answer) {
     registry().autoAnswers[answer.requestId] = answer;
 }
 
-ImsData* makeAutoAnswer(ImsData* request) {
+AutoPlan planAutoAnswer(ImsData* request) {
+    AutoPlan plan;
+    plan.requestId = request->GetId();
     const char* cls = "GeneralResponseData";
     const char* handleFrom = nullptr;
     auto& answers = registry().autoAnswers;
-    auto it = answers.find(request->GetId());
+    auto it = answers.find(plan.requestId);
     if (it != answers.end()) {
         cls = it->second.responseClass;
         handleFrom = it->second.handleFrom;
     }
-    if (cls == nullptr) return nullptr;
-    const ClassInfo* out = findClass(cls);
-    const ClassInfo* in = findClass(typeid(*request));
-    if (out == nullptr || out->decode == nullptr) {
-        SIM_LOG(ANDROID_LOG_ERROR, "no answer class %s for request %d", cls, request->GetId());
-        return nullptr;
+    if (cls == nullptr) return plan;
+    plan.answerClass = findClass(cls);
+    if (plan.answerClass == nullptr || plan.answerClass->decode == nullptr) {
+        SIM_LOG(ANDROID_LOG_ERROR, "no answer class %s for request %d", cls, plan.requestId);
+        plan.answerClass = nullptr;
+        return plan;
     }
-    ImsData* answer = out->decode(Json::object());
-    answer->SetId(request->GetId());
     // The answer names the same user agent and call as its request.
-    const char* const copied[][3] = {{"handle", "mHandle", handleFrom},
-                                     {"session", "mSession", nullptr}};
-    for (const auto& names : copied) {
-        long long v = 0;
-        bool found = false;
-        for (const char* n : {names[2], names[0], names[1]}) {
-            if (n == nullptr) continue;
-            if (in != nullptr && in->getInt(request, n, &v)) {
-                found = true;
+    const ClassInfo* in = findClass(typeid(*request));
+    const char* const names[2][3] = {{handleFrom, "handle", "mHandle"},
+                                     {nullptr, "session", "mSession"}};
+    for (int i = 0; i < 2 && in != nullptr; i++) {
+        for (const char* n : names[i]) {
+            if (n != nullptr && in->getInt(request, n, &plan.copied[i].value)) {
+                plan.copied[i].found = true;
                 break;
             }
         }
-        if (!found) continue;
-        out->setInt(answer, names[0], v) || out->setInt(answer, names[1], v);
+    }
+    return plan;
+}
+
+ImsData* buildAutoAnswer(const AutoPlan& plan) {
+    if (plan.answerClass == nullptr) return nullptr;
+    const ClassInfo* out = plan.answerClass;
+    ImsData* answer = out->decode(Json::object());
+    answer->SetId(plan.requestId);
+    const char* const names[2][2] = {{"handle", "mHandle"}, {"session", "mSession"}};
+    for (int i = 0; i < 2; i++) {
+        if (!plan.copied[i].found) continue;
+        long long v = plan.copied[i].value;
+        out->setInt(answer, names[i][0], v) || out->setInt(answer, names[i][1], v);
     }
     return answer;
+}
+
+ImsData* makeAutoAnswer(ImsData* request) {
+    return buildAutoAnswer(planAutoAnswer(request));
 }
 
 Json recordToJson(ImsData* record) {
@@ -273,10 +293,18 @@ IMS_Env* s_env = nullptr;
 
 // Auto mode: one stack thread answers the requests in order. Never
 // destroyed, since that thread waits on it while the process exits.
+//
+// The request record is read and released on the thread that hands it over;
+// the stack thread gets only what the answer needs and builds, delivers and
+// releases the answer itself. A record that is allocated on one thread and
+// freed on another takes the host allocator's arena lock for each of its
+// strings, and the two threads then contend for it on every request: a cost
+// of this simulator and the host's C library, not of the daemon, which the
+// benchmarks would otherwise charge to the daemon.
 struct AutoQueue {
     std::mutex mutex;
     std::condition_variable cond;
-    std::deque<std::pair<unsigned int, ImsData*>> items;
+    std::deque<std::pair<unsigned int, velar_sim::AutoPlan>> items;
 };
 AutoQueue& s_auto = *new AutoQueue;
 
@@ -323,16 +351,15 @@ std::vector<Json> scriptFor(int requestId) {
 
 void autoThread() {
     for (;;) {
-        std::pair<unsigned int, ImsData*> item;
+        std::pair<unsigned int, velar_sim::AutoPlan> item;
         {
             std::unique_lock<std::mutex> lock(s_auto.mutex);
             s_auto.cond.wait(lock, [] { return !s_auto.items.empty(); });
             item = s_auto.items.front();
             s_auto.items.pop_front();
         }
-        int requestId = item.second->GetId();
-        ImsData* answer = velar_sim::makeAutoAnswer(item.second);
-        delete item.second;
+        int requestId = item.second.requestId;
+        ImsData* answer = velar_sim::buildAutoAnswer(item.second);
         if (answer != nullptr) {
             s_env->onResponse(item.first, answer);
             delete answer;
@@ -416,8 +443,10 @@ void carryOut(const Json& msg) {
         int threads = 1;
         int count = 1;
         try {
-            if (auto v = msg.find("threads"); v != msg.end()) velar_sim::codec::decode(*v, threads, "threads");
-            if (auto v = msg.find("count"); v != msg.end()) velar_sim::codec::decode(*v, count, "count");
+            if (auto v = msg.find("threads"); v != msg.end())
+                velar_sim::codec::decode(*v, threads, "threads");
+            if (auto v = msg.find("count"); v != msg.end())
+                velar_sim::codec::decode(*v, count, "count");
         } catch (const velar_sim::codec::DecodeError& e) {
             sendError(seq, e.message);
             return;
@@ -584,9 +613,11 @@ int Velar::OnRequest(unsigned int token, ImsData* data) {
         delete data;
         return 0;
     }
+    velar_sim::AutoPlan plan = velar_sim::planAutoAnswer(data);
+    delete data;
     {
         std::lock_guard<std::mutex> lock(s_auto.mutex);
-        s_auto.items.emplace_back(token, data);
+        s_auto.items.emplace_back(token, plan);
     }
     s_auto.cond.notify_one();
     return 0;

@@ -50,6 +50,19 @@ struct AutoAnswer {
     const char* handleFrom = nullptr;
 };
 void registerAutoAnswer(const AutoAnswer& answer);
+// What auto mode takes from a request to answer it, so that the request can
+// be released at once: the answer's class (null: no answer) and the handle
+// and session that the answer repeats.
+struct AutoPlan {
+    int requestId = 0;
+    const ClassInfo* answerClass = nullptr;
+    struct Copied {
+        bool found = false;
+        long long value = 0;
+    } copied[2];  // handle, session
+};
+AutoPlan planAutoAnswer(ImsData* request);
+ImsData* buildAutoAnswer(const AutoPlan& plan);
 // The success record that auto mode gives for this request, or null.
 ImsData* makeAutoAnswer(ImsData* request);
 
@@ -69,11 +82,13 @@ void setCaptureHook(CaptureHook hook, void* context);
 template <class T>
 struct Registrar {
     explicit Registrar(const char* name) {
-        ClassInfo info{name, typeid(T),
-                       [](ImsData* r, const char* n) {
-                           return codec::encodeRecord(*static_cast<T*>(r), n);
-                       },
-                       nullptr, &getIntOf, &setIntOf};
+        ClassInfo info{
+            name,
+            typeid(T),
+            [](ImsData* r, const char* n) { return codec::encodeRecord(*static_cast<T*>(r), n); },
+            nullptr,
+            &getIntOf,
+            &setIntOf};
         if constexpr (codec::HasFields<T>::value) {
             info.encodeUp = [](ImsData* r, const char* n) {
                 Json j = Json::object();
@@ -139,9 +154,9 @@ struct Registrar {
 
 // Registers a record class under the name the control channel uses for it,
 // which is its C++ spelling: VELAR_SIM_CLASS(PrimitiveData<int>).
-#define VELAR_SIM_CLASS(...)                                                          \
+#define VELAR_SIM_CLASS(...)                                                                  \
     static const ::velar_sim::Registrar<__VA_ARGS__> VELAR_PP_CAT(velarSimClass_, __LINE__) { \
-        #__VA_ARGS__                                                                  \
+#__VA_ARGS__                                                                          \
     }
 
 // The record class (by its registered name) that comes up with this
@@ -153,6 +168,6 @@ struct Registrar {
 // Auto mode answers requests of this id with a success record of this class
 // (by its registered name), or with nothing when the class is null.
 // A third argument names the request member that holds the handle.
-#define VELAR_SIM_AUTO(...)                                                 \
+#define VELAR_SIM_AUTO(...)                                                    \
     [[maybe_unused]] static const bool VELAR_PP_CAT(velarSimAuto_, __LINE__) = \
         (::velar_sim::registerAutoAnswer(::velar_sim::AutoAnswer{__VA_ARGS__}), true)
