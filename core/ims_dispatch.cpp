@@ -8,6 +8,7 @@
 
 #include "core/ims_core.h"
 #include "handlers/handlers.h"
+#include "handlers/record_head.h"
 
 #include <google/protobuf/io/coded_stream.h>
 
@@ -65,7 +66,8 @@ std::map<int, NotifyInfo>& s_notifyMap = *new std::map<int, NotifyInfo>;
 
 void ImsFillDispatchMaps() {
     s_commandMap.clear();
-    for (size_t i = 0; i < s_commandCount; i++) s_commandMap[s_commands[i].requestNumber] = s_commands[i];
+    for (size_t i = 0; i < s_commandCount; i++)
+        s_commandMap[s_commands[i].requestNumber] = s_commands[i];
     s_notifyMap.clear();
     for (size_t i = 0; i < s_notificationCount; i++)
         s_notifyMap[s_notifications[i].notifyNumber] = s_notifications[i];
@@ -167,12 +169,8 @@ IMS_DISPATCH(DispatchNoOperation) {}
 
 IMS_RESPONSE(ResponseGeneralResponse) {
     IMS_LOGI("%s()", "ResponseGeneralResponse");
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<GeneralResponseData*>(data);
-    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!TakeHead(response, data)) return -1;
+    const auto* record = static_cast<const GeneralResponseData*>(data);
     auto* body = response.mutable_generalresponse();
     IMS_LOGI("%s() handle:%0x", "ResponseGeneralResponse", record->handle);
     body->set_handle(record->handle);

@@ -9,6 +9,7 @@
 
 #include "handlers/handlers.h"
 #include "handlers/messaging/protobuf_data_translation.h"
+#include "handlers/record_head.h"
 
 using namespace protobuf_data_translation;
 
@@ -123,12 +124,8 @@ IMS_DISPATCH(DispatchFTCancelSession) {
 
 IMS_NOTIFY(NotifyFtProgress) {
     IMS_LOGV("%s()", "NotifyFtProgress");
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<FtProgressData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<FtProgressData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_ftprogress();
     body->set_sessionhandle(record->handle);
     body->set_total(record->total);

@@ -3,6 +3,7 @@
 // the daemon keeps no subscription of its own.
 #include "handlers/handlers.h"
 #include "handlers/messaging/protobuf_data_translation.h"
+#include "handlers/record_head.h"
 
 IMS_DISPATCH(DispatchGroupListSubscribe) {
     IMS_LOGI("%s()", __func__);
@@ -27,12 +28,8 @@ IMS_DISPATCH(DispatchGroupInfoSubscribe) {
 
 IMS_NOTIFY(NotifyGroupChatSubscribeStatus) {
     IMS_LOGD("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<GroupSubscribeStatusData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<GroupSubscribeStatusData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_groupchatsubscribestatus();
     body->set_handle(record->handle);
     body->set_issuccess(record->isSuccess);
@@ -44,12 +41,8 @@ IMS_NOTIFY(NotifyGroupChatSubscribeStatus) {
 
 IMS_NOTIFY(NotifyGroupListUpdate) {
     IMS_LOGD("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<GroupListUpdateData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<GroupListUpdateData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_groupchatlistupdated();
     body->set_version(record->version);
     body->set_increasemode(record->increaseMode);
@@ -65,12 +58,8 @@ IMS_NOTIFY(NotifyGroupListUpdate) {
 
 IMS_NOTIFY(NotifyGroupInfoUpdate) {
     IMS_LOGD("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<GroupInfoUpdateData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<GroupInfoUpdateData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_groupchatinfoupdated();
     body->set_uri(record->uri);
     auto* info = body->mutable_info();

@@ -5,6 +5,7 @@
 
 #include "handlers/handlers.h"
 #include "handlers/messaging/protobuf_data_translation.h"
+#include "handlers/record_head.h"
 
 IMS_DISPATCH(DispatchIMSendMessage) {
     IMS_LOGI("%s()", __func__);
@@ -93,12 +94,8 @@ IMS_DISPATCH(DispatchUpdateParticipants) {
 
 IMS_RESPONSE(PrepareResponseIMSendMessage) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<SendImMessageRespData*>(data);
-    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!TakeHead(response, data)) return -1;
+    const auto* record = static_cast<const SendImMessageRespData*>(data);
     auto* body = response.mutable_sendimmessageresp();
     body->set_sessionid(record->handle);
     body->set_imdnmessageid(record->imdnMessageId);

@@ -4,6 +4,7 @@
 
 #include "handlers/handlers.h"
 #include "handlers/messaging/protobuf_data_translation.h"
+#include "handlers/record_head.h"
 
 using protobuf_data_translation::translateStackImdnData;
 using protobuf_data_translation::translateStackImdnNoti;
@@ -28,12 +29,8 @@ IMS_NOTIFY(NotifySessionStarted) {
 
 IMS_NOTIFY(NotifySessionClosed) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<SessionClosedData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<SessionClosedData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_sessionclosed();
     body->set_sessionhandle(record->handle);
     SetImError(body->mutable_imerror(), record->error);
@@ -43,12 +40,8 @@ IMS_NOTIFY(NotifySessionClosed) {
 
 IMS_NOTIFY(NotifySessionEstablished) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<SessionEstablishedData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<SessionEstablishedData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_sessionestablished();
     body->set_sessionhandle(record->handle);
     SetImError(body->mutable_imerror(), record->error);
@@ -58,11 +51,8 @@ IMS_NOTIFY(NotifySessionEstablished) {
 
 IMS_NOTIFY(NotifyIncomingImChat) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<ImSessionInvitedData*>(data);
+    const auto* record = NotifyRecord<ImSessionInvitedData>(notify, data);
+    if (record == nullptr) return -1;
     // The library never hands these pointers up null; should one be, it is
     // read as empty rather than taking the daemon down.
     const ImSessionParam noSession;
@@ -70,7 +60,6 @@ IMS_NOTIFY(NotifyIncomingImChat) {
     const ImSessionParam& session = record->session != nullptr ? *record->session : noSession;
     const ImMessage& message = record->message != nullptr ? *record->message : noMessage;
 
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
     auto* body = notify.mutable_imsessioninvited();
     body->set_remotemsrpaddr(record->remoteMsrpAddr);
     body->set_isdeferred(record->isDeferred);
@@ -111,13 +100,9 @@ IMS_NOTIFY(NotifyIncomingImChat) {
 
 IMS_NOTIFY(NotifyMessageReceived) {
     IMS_LOGD("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<ImMessageReceivedData*>(data);
+    const auto* record = NotifyRecord<ImMessageReceivedData>(notify, data);
+    if (record == nullptr) return -1;
     const ImMessage noMessage;  // see NotifyIncomingImChat
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
     auto* body = notify.mutable_immessagereceived();
     body->mutable_sessiondata()->set_sessionhandle(record->handle);
     translateStackImMessage(*body->mutable_messageparam(),
@@ -127,12 +112,8 @@ IMS_NOTIFY(NotifyMessageReceived) {
 
 IMS_NOTIFY(NotifyImdnReceived) {
     IMS_LOGD("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<ImdnReceivedData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<ImdnReceivedData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_imnotificationstatusreceived();
     body->set_sessionid(record->handle);
     body->set_uri(record->uri);
@@ -149,12 +130,8 @@ IMS_NOTIFY(NotifyImdnReceived) {
 
 IMS_NOTIFY(NotifyComposingStatusReceived) {
     IMS_LOGD("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<ImComposingReceivedData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<ImComposingReceivedData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_imcomposingstatusreceived();
     body->set_sessionid(record->handle);
     body->set_uri(record->uri);
@@ -187,12 +164,8 @@ IMS_NOTIFY(PrepareNotifyImMessageReportReceived) {
 
 IMS_NOTIFY(NotifyImConferenceInfoUpdate) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<ImConferenceInfoData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = NotifyRecord<ImConferenceInfoData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_imconfinfoupdated();
     body->set_sessionid(record->handle);
     body->set_state(record->state);

@@ -6,6 +6,7 @@
 
 #include "handlers/handlers.h"
 #include "handlers/messaging/protobuf_data_translation.h"
+#include "handlers/record_head.h"
 
 IMS_DISPATCH(DispatchIMStartSession) {
     IMS_LOGI("%s()", __func__);
@@ -89,12 +90,8 @@ IMS_DISPATCH(DispatchRejectImSession) {
 
 IMS_RESPONSE(ResponseStartSession) {
     IMS_LOGI("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<StartSessionRespData*>(data);
-    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!TakeHead(response, data)) return -1;
+    const auto* record = static_cast<const StartSessionRespData*>(data);
     auto* body = response.mutable_startsessionresp();
     body->set_sessionhandle(record->handle);
     body->set_fwsessionid(record->fwSessionId);
@@ -104,12 +101,8 @@ IMS_RESPONSE(ResponseStartSession) {
 
 IMS_RESPONSE(ResponseCloseSession) {
     IMS_LOGI("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<CloseSessionRespData*>(data);
-    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!TakeHead(response, data)) return -1;
+    const auto* record = static_cast<const CloseSessionRespData*>(data);
     auto* body = response.mutable_closesessionresp();
     body->set_sessionhandle(record->handle);
     SetImError(body->mutable_imerror(), record->error);

@@ -7,6 +7,7 @@
 #include "handlers/handlers.h"
 #include "handlers/messaging/file_transfer.h"
 #include "handlers/messaging/protobuf_data_translation.h"
+#include "handlers/record_head.h"
 
 using namespace protobuf_data_translation;
 using namespace file_transfer;
@@ -80,12 +81,8 @@ IMS_DISPATCH(DispatchSlmSendFile) {
 
 IMS_RESPONSE(ResponseSendImSlmMessage) {
     IMS_LOGI("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<SendImSlmMessageRespData*>(data);
-    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!TakeHead(response, data)) return -1;
+    const auto* record = static_cast<const SendImSlmMessageRespData*>(data);
     auto* body = response.mutable_sendimslmmessageresp();
     body->set_imdnmessageid(record->imdnMessageId);
     SetImError(body->mutable_imerror(), record->error);
@@ -100,12 +97,8 @@ IMS_RESPONSE(PrepareResponseSlmSendFile) {
                  methodName("int PrepareResponseSlmSendFile(uint32_t, imsCommonStruc::Response&, "
                             "ImsData*)")
                      .c_str());
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<SendSlmFileRespData*>(data);
-    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!TakeHead(response, data)) return -1;
+    const auto* record = static_cast<const SendSlmFileRespData*>(data);
     auto* body = response.mutable_sendslmfileresp();
     body->set_sessionhandle(record->handle);
     body->set_imdnmessageid(record->imdnMessageId);

@@ -36,12 +36,8 @@ IMS_DISPATCH(DispatchIshStopSession) {
 
 IMS_RESPONSE(ResponseCshGeneralResponse) {
     IMS_LOGI("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<CshResultData*>(data);
-    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!TakeHead(response, data)) return -1;
+    const auto* record = static_cast<const CshResultData*>(data);
     auto* body = response.mutable_cshgeneralresponse();
     body->set_sessionid(record->sessionId);
     body->set_error(static_cast<imsCommonStruc::CshError>(record->code));

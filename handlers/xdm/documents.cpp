@@ -4,6 +4,7 @@
 
 #include "handlers/handlers.h"
 #include "handlers/messaging/protobuf_data_translation.h"
+#include "handlers/record_head.h"
 
 namespace {
 
@@ -89,12 +90,8 @@ IMS_DISPATCH(DispatchXdmDeleteContact) {
 
 IMS_RESPONSE(ResponseXdmGeneralResponse) {
     IMS_LOGI("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid response: NULL");
-        return -1;
-    }
-    auto* record = static_cast<XdmResponseData*>(data);
-    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    if (!TakeHead(response, data)) return -1;
+    const auto* record = static_cast<const XdmResponseData*>(data);
     auto* body = response.mutable_xdmgeneralresponse();
     body->set_rid(record->rid);
     body->set_success(record->success);
