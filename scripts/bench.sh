@@ -33,7 +33,8 @@ section() { echo; echo "## $1"; echo; }
   section "Translation cost, per id (in process)"
   echo "Request: ProcessCommandBuffer on a record whose body has every field filled"
   echo "(strings of 20 bytes, three entries per repeated field), the stack freeing"
-  echo "the record at once. Response: the handler on the simulator's auto answer,"
+  echo "the record at once; of which decoding: the parse of that record's Request"
+  echo "alone, which comes before any handler. Response: the handler on the simulator's auto answer,"
   echo "framed into one buffer as IMS_onResponse does. Notification: the handler on"
   echo "a record of the id's class with every field filled, framed. Median of 31"
   echo "batches of 64 calls. Target: every id under 2 µs (misses in bold)."
@@ -45,6 +46,16 @@ section() { echo; echo "## $1"; echo; }
   echo "same records over the same kind of socket from a bare thread with a frame"
   echo "of the daemon's size. Targets: throughput at least half the floor's, p99 at"
   echo "most three times the floor's."
+  echo
+  echo "The floor with the daemon's structure makes, without protocol buffers or"
+  echo "dispatch, the system calls and the hand-off that the daemon's own rules fix"
+  echo "for each request: a select before each batch of reads and a read that ends"
+  echo "in EAGAIN, one log line written on the reading thread, the record passed to"
+  echo "a second thread (the stack's) that writes the three log lines of the answer"
+  echo "and sends the frame. Its ratio to the floor bounds what any daemon that"
+  echo "follows those rules can reach here; velard / structure is what velard's own"
+  echo "code costs on top. Server CPU is the answering side's user plus system time"
+  echo "per request."
   echo
   $b/socket_bench roundtrip --rounds $rounds --count $rt_count || status=1
 

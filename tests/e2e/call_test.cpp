@@ -10,18 +10,13 @@
 #include <vector>
 
 #include "tests/support/e2e.h"
+#include "tests/support/wire.h"
 
 using namespace velard_test;
 using imsCommonStruc::Notify;
 using imsCommonStruc::Request;
 
 namespace {
-
-void addPair(imsCommonStruc::ExtraHeader* headers, const char* key, const char* value) {
-    auto* pair = headers->add_pair();
-    pair->set_key(key);
-    pair->set_value(value);
-}
 
 void setContents(imsCommonStruc::AdditionalContents* c, const char* mime, const char* text) {
     c->set_mimetype(mime);

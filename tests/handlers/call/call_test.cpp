@@ -10,18 +10,13 @@
 
 #include "handlers/handlers.h"
 #include "tests/support/in_process.h"
+#include "tests/support/wire.h"
 
 using namespace velard_test;
 using imsCommonStruc::Notify;
 using imsCommonStruc::Request;
 
 namespace {
-
-void addPair(imsCommonStruc::ExtraHeader* headers, const char* key, const char* value) {
-    auto* pair = headers->add_pair();
-    pair->set_key(key);
-    pair->set_value(value);
-}
 
 Request requestOf(int reqid, const std::function<void(Request&)>& fill) {
     Request request;
