@@ -1,4 +1,3 @@
-#include <dirent.h>
 #include "measure.h"
 
 #include <stdio.h>
@@ -66,18 +65,22 @@ double schedstatNs(const std::string& dir) {
 }  // namespace
 
 double cpuNs(pid_t pid) {
-    // A process's own schedstat is its main thread's; its threads are summed.
-    std::string tasks = "/proc/" + std::to_string(pid) + "/task";
-    DIR* d = opendir(tasks.c_str());
-    if (d == nullptr) return -1;
-    double sum = 0;
-    while (dirent* e = readdir(d)) {
-        if (e->d_name[0] == '.') continue;
-        double ns = schedstatNs(tasks + "/" + e->d_name);
-        if (ns > 0) sum += ns;
+    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+    std::string text((std::istreambuf_iterator<char>(stat)), std::istreambuf_iterator<char>());
+    // The command name may hold blanks; fields are counted after its ')'.
+    size_t close = text.rfind(')');
+    if (close == std::string::npos) return -1;
+    std::istringstream rest(text.substr(close + 2));
+    std::string field;
+    unsigned long long utime = 0, stime = 0;
+    for (int i = 3; rest >> field; i++) {
+        if (i == 14) utime = std::stoull(field);
+        if (i == 15) {
+            stime = std::stoull(field);
+            break;
+        }
     }
-    closedir(d);
-    return sum;
+    return static_cast<double>(utime + stime) * 1e9 / static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
 double threadCpuNs(pid_t tid) {

@@ -50,9 +50,10 @@ std::vector<std::pair<std::string, std::string>> machineDescription();
 
 // Resident set of a process in KiB (VmRSS), or -1.
 long residentKiB(pid_t pid);
-// CPU time (user plus system) that a process, or one of this process's
-// threads, has used so far, in nanoseconds from the scheduler's own
-// accounting (/proc/.../schedstat), or -1.
+// CPU time (user plus system) used so far, in nanoseconds, or -1: by a whole
+// process, threads that have ended included (/proc/<pid>/stat, in clock
+// ticks), and by one of this process's threads, from the scheduler's own
+// accounting (schedstat, exact to the nanosecond, for short runs).
 double cpuNs(pid_t pid);
 double threadCpuNs(pid_t tid);
 
