@@ -18,8 +18,8 @@ VELAR_SIM_AUTO(1103, "CshResultData");
 
 // The class each notification id of this family comes up with.
 VELAR_SIM_NOTIFY(16001, "IshIncomingData");
-VELAR_SIM_NOTIFY(16002, "IshProgressData");
-VELAR_SIM_NOTIFY(16003, "IshProgressData");
+VELAR_SIM_NOTIFY(16002, "CshResultData");
+VELAR_SIM_NOTIFY(16003, "CshResultData");
 VELAR_SIM_NOTIFY(16004, "IshProgressData");
 VELAR_SIM_NOTIFY(17001, "VshIncomingData");
 VELAR_SIM_NOTIFY(17002, "CshResultData");

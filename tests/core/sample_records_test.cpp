@@ -101,7 +101,6 @@ TEST(SampleRecords, EveryNotificationIdHasItsClassAndItsHandlerTakesIt) {
         std::unique_ptr<ImsData> record(velar_sim::recordFromJson(sample, &error));
         ASSERT_TRUE(record) << row.notifyNumber << " " << cls << ": " << error;
         imsCommonStruc::Notify notify;
-        velard_test::LogCapture quiet;
         EXPECT_EQ(row.notifyFunction(notify, record.get()), 0) << row.notifyNumber;
     }
 }
