@@ -294,11 +294,11 @@ public:
 private:
     void started() { tid_[slot_++] = static_cast<pid_t>(syscall(SYS_gettid)); }
 
-    std::string frameFor(uint32_t token) const {
+    // The answer frame, built once; each answer only patches its token.
+    std::string frame() const {
         std::string frame(12, '\0');
         putLe32(frame, 0, static_cast<uint32_t>(payload_.size() + 8));
         putLe32(frame, 4, 1);
-        putLe32(frame, 8, token);
         return frame + payload_;
     }
 
@@ -311,6 +311,7 @@ private:
     // The stack's thread of the structured floor.
     void answer() {
         started();
+        std::string out = frame();
         for (;;) {
             uint32_t token;
             {
@@ -323,8 +324,9 @@ private:
             logLine("E [IMS6.0]: IMS_onResponse() Resp Id:%d\n", 103);
             logLine("I [IMS6.0]: ResponseGeneralResponse()\n");
             logLine("I [IMS6.0]: ResponseGeneralResponse() handle:%0x\n", 1);
+            putLe32(out, 8, token);
             std::lock_guard<std::mutex> lock(writeMutex_);
-            writeAll(fd_, frameFor(token));
+            writeAll(fd_, out);
         }
     }
 
@@ -336,6 +338,7 @@ private:
             stack = std::thread([this] { answer(); });
         }
         started();
+        std::string out = frame();
         std::vector<char> buf(0x80000 + 4);
         size_t have = 0;
         for (bool open = true; open;) {
@@ -358,7 +361,8 @@ private:
                     uint32_t token = le32(buf.data() + off + 8);
                     off += 4 + len;
                     if (!structure_) {
-                        writeAll(fd_, frameFor(token));
+                        putLe32(out, 8, token);
+                        writeAll(fd_, out);
                         continue;
                     }
                     logLine("I [IMS6.0]: DispatchUADeletion()\n");
