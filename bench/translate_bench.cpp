@@ -106,25 +106,6 @@ private:
     int saved_;
 };
 
-// The log lines that fn writes.
-template <class Fn>
-std::string logOf(Fn&& fn) {
-    fflush(stderr);
-    FILE* tmp = tmpfile();
-    int saved = dup(2);
-    dup2(fileno(tmp), 2);
-    fn();
-    fflush(stderr);
-    dup2(saved, 2);
-    close(saved);
-    std::string text;
-    rewind(tmp);
-    char buf[4096];
-    for (size_t n; (n = fread(buf, 1, sizeof buf, tmp)) > 0;) text.append(buf, n);
-    fclose(tmp);
-    return text;
-}
-
 std::string record(const std::string& payload, uint32_t token) {
     std::string r(8, '\0');
     for (int i = 0; i < 4; i++) r[4 + i] = static_cast<char>(token >> (8 * i));
@@ -339,7 +320,10 @@ int main(int argc, char** argv) {
         std::string rec = record(payload, token);
         if (!seedsDir.empty()) writeSeeds(seedsDir, info.requestNumber, rec);
         std::vector<std::unique_ptr<ImsData>> captured;
-        std::string log = logOf([&] { captured = dispatchCapture(rec); });
+        {
+            QuietStderr quiet;
+            captured = dispatchCapture(rec);
+        }
         std::unique_ptr<ImsData> request;
         if (captured.empty()) {
             row.dispatch.status = "no stack call";
@@ -361,7 +345,10 @@ int main(int argc, char** argv) {
         } else {
             imsCommonStruc::Response response;
             int rc = 0;
-            log = logOf([&] { rc = info.responseFunction(token, response, answer.get()); });
+            {
+                QuietStderr quiet;
+                rc = info.responseFunction(token, response, answer.get());
+            }
             if (rc < 0) {
                 row.response.status = "handler fails";
             } else {
@@ -391,7 +378,10 @@ int main(int argc, char** argv) {
         if (rec) {
             imsCommonStruc::Notify notify;
             int rc = 0;
-            logOf([&] { rc = info.notifyFunction(notify, rec.get()); });
+            {
+                QuietStderr quiet;
+                rc = info.notifyFunction(notify, rec.get());
+            }
             if (rc < 0) {
                 row.notify.status = "handler fails";
             } else {

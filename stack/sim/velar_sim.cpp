@@ -140,6 +140,12 @@ void registerAutoAnswer(const AutoAnswer& answer) {
     registry().autoAnswers[answer.requestId] = answer;
 }
 
+namespace {
+// The members that an answer repeats from its request (the user agent and
+// the call), each under the two spellings that record classes use.
+const char* const kCopiedNames[2][2] = {{"handle", "mHandle"}, {"session", "mSession"}};
+}  // namespace
+
 AutoPlan planAutoAnswer(ImsData* request) {
     AutoPlan plan;
     plan.requestId = request->GetId();
@@ -158,12 +164,12 @@ AutoPlan planAutoAnswer(ImsData* request) {
         plan.answerClass = nullptr;
         return plan;
     }
-    // The answer names the same user agent and call as its request.
+    // The answer names the same user agent and call as its request; a
+    // request may name its user agent under a member of its own.
     const ClassInfo* in = findClass(typeid(*request));
-    const char* const names[2][3] = {{handleFrom, "handle", "mHandle"},
-                                     {nullptr, "session", "mSession"}};
+    const char* const ownName[2] = {handleFrom, nullptr};
     for (int i = 0; i < 2 && in != nullptr; i++) {
-        for (const char* n : names[i]) {
+        for (const char* n : {ownName[i], kCopiedNames[i][0], kCopiedNames[i][1]}) {
             if (n != nullptr && in->getInt(request, n, &plan.copied[i].value)) {
                 plan.copied[i].found = true;
                 break;
@@ -178,11 +184,10 @@ ImsData* buildAutoAnswer(const AutoPlan& plan) {
     const ClassInfo* out = plan.answerClass;
     ImsData* answer = out->decode(Json::object());
     answer->SetId(plan.requestId);
-    const char* const names[2][2] = {{"handle", "mHandle"}, {"session", "mSession"}};
     for (int i = 0; i < 2; i++) {
         if (!plan.copied[i].found) continue;
         long long v = plan.copied[i].value;
-        out->setInt(answer, names[i][0], v) || out->setInt(answer, names[i][1], v);
+        out->setInt(answer, kCopiedNames[i][0], v) || out->setInt(answer, kCopiedNames[i][1], v);
     }
     return answer;
 }
