@@ -388,7 +388,7 @@ struct Signals {
         pollfd fds[2] = {{fd, POLLIN, 0}, {out ? out->fd : -1, POLLIN, 0}};
         int n = poll(fds, out && out->fd >= 0 ? 2 : 1, timeoutMs);
         if (n <= 0) return 0;
-        if (fds[1].revents != 0) out->Pump();
+        if (out != nullptr && fds[1].revents != 0) out->Pump();
         if ((fds[0].revents & POLLIN) == 0) return 0;
         signalfd_siginfo info;
         if (read(fd, &info, sizeof info) != static_cast<ssize_t>(sizeof info)) return 0;
