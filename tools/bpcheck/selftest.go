@@ -7,7 +7,8 @@ import (
 	"strings"
 )
 
-// edit replaces one piece of text in one of the tree's files.
+// edit replaces one piece of text in one of the tree's files; one with no
+// old text appends.
 type edit struct {
 	file, old, new string
 }
@@ -50,6 +51,11 @@ var faults = []fault{
 	{name: "provider's library missing",
 		products: []productCase{{product{"provider's stack", false, false}, "prebuilt_libvelar"}},
 		want:     `module source path "[^"]*stack/provider/arm64/libvelar.so" does not exist`},
+	{name: "library that vendor modules may not link",
+		edits: []edit{
+			{"Android.bp", "\"libutils\",\n", "\"libutils\",\n\"libsystem_only\",\n"},
+			{"Android.bp", "", "cc_library { name: \"libsystem_only\" }\n"}},
+		want: `dependency "libsystem_only" of "velard" missing variant`},
 	{name: "daemon moved off the vendor partition",
 		edits: []edit{{"Android.bp", "name: \"velard\",\n", "name: \"velard\",\nvendor: false,\n"}},
 		want:  `dependency "libvelar" of "velard" missing variant`},
@@ -121,6 +127,10 @@ func plant(tree map[string][]byte, f fault) (map[string][]byte, error) {
 	for _, e := range f.edits {
 		path := filepath.Join(treeDir, e.file)
 		text := string(copy[path])
+		if e.old == "" {
+			copy[path] = []byte(text + e.new)
+			continue
+		}
 		// Indentation is bpfmt's; the edits name the text without it.
 		old := regexp.MustCompile(`[ \t]*` + regexp.QuoteMeta(strings.TrimSuffix(e.old, "\n")) + `\n?`)
 		if !old.MatchString(text) {
