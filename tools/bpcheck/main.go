@@ -57,7 +57,7 @@ const treeDir = "vendor/example/velard"
 // Stand-ins for the platform modules that the tree uses, declared as the
 // platform declares them for vendor modules: liblog is LL-NDK, the others
 // are VNDK libraries. The harness brings libc, libc++ and the toolchain.
-const standIns = `
+const llndkStandIns = `
 cc_library {
     name: "liblog",
     no_libcrt: true,
@@ -69,32 +69,17 @@ llndk_library {
     name: "liblog",
     symbol_file: "",
 }
-cc_library {
-    name: "libcutils",
-    vendor_available: true,
-    vndk: { enabled: true },
-}
-cc_library {
-    name: "libutils",
-    vendor_available: true,
-    vndk: { enabled: true },
-}
-cc_library {
-    name: "libbinder",
-    vendor_available: true,
-    vndk: { enabled: true },
-}
-cc_library {
-    name: "libprotobuf-cpp-lite",
-    vendor_available: true,
-    vndk: { enabled: true },
-}
-cc_library {
-    name: "libprotobuf-cpp-full",
-    vendor_available: true,
-    vndk: { enabled: true },
-}
 `
+
+var vndkStandIns = []string{"libbinder", "libcutils", "libutils", "libprotobuf-cpp-lite", "libprotobuf-cpp-full"}
+
+func standIns() string {
+	bp := llndkStandIns
+	for _, name := range vndkStandIns {
+		bp += fmt.Sprintf("cc_library { name: %q, vendor_available: true, vndk: { enabled: true } }\n", name)
+	}
+	return bp
+}
 
 // The harness declares libprotobuf-cpp-lite for the system partition only;
 // the stand-in above replaces it.
@@ -201,7 +186,7 @@ func load(tree map[string][]byte, p product) (*android.TestContext, []error) {
 	if !harnessProtobufLite.MatchString(deps) {
 		return nil, []error{fmt.Errorf("the harness no longer declares libprotobuf-cpp-lite as expected; review the stand-ins")}
 	}
-	bp := harnessProtobufLite.ReplaceAllString(deps, "") + standIns
+	bp := harnessProtobufLite.ReplaceAllString(deps, "") + standIns()
 
 	buildDir, err := ioutil.TempDir("", "bpcheck")
 	if err != nil {
