@@ -2,7 +2,8 @@
 // device. It owns the daemon's listening socket, hands it to the daemon in
 // ANDROID_SOCKET_velard, and starts the daemon again whenever it exits.
 //
-//   velard-host --socket PATH [--once] [--daemon BIN] [-- ENV=VALUE ...]
+//   velard-host --socket PATH [--once] [--daemon BIN] [--capture FILE|-]
+//               [-- ENV=VALUE ...]
 //
 // The socket is created and bound here but not put into listening state:
 // that is the daemon's job, as on the device. Once the daemon has called
@@ -29,6 +30,8 @@
 #include <string>
 #include <vector>
 
+#include "capture_relay.h"
+
 namespace {
 
 constexpr const char* kSocketEnv = "ANDROID_SOCKET_velard";
@@ -37,6 +40,7 @@ constexpr std::chrono::milliseconds kRestartDelay{100};
 struct Options {
     std::string socketPath;
     std::string daemon;
+    std::string capture;  // empty: no capture, and no relay at all
     bool once = false;
     std::vector<std::string> env;
 };
@@ -63,10 +67,12 @@ void Log(const char* fmt, ...) {
 [[noreturn]] void Usage(const char* why) {
     if (why) Log("%s", why);
     fprintf(why ? stderr : stdout,
-            "usage: velard-host --socket PATH [--once] [--daemon BIN] [-- ENV=VALUE ...]\n"
+            "usage: velard-host --socket PATH [--once] [--daemon BIN] [--capture FILE|-]\n"
+            "                   [-- ENV=VALUE ...]\n"
             "  --socket PATH  where to create the daemon's listening socket\n"
             "  --once         do not restart the daemon; exit with its status\n"
             "  --daemon BIN   the daemon to run (default: velard next to velard-host)\n"
+            "  --capture FILE write every frame and stack record to FILE (pcapng; - for stdout)\n"
             "  ENV=VALUE      extra environment for the daemon\n");
     exit(why ? 2 : 0);
 }
@@ -91,6 +97,8 @@ Options ParseArgs(int argc, char** argv) {
             o.socketPath = argv[++i];
         } else if (a == "--daemon" && i + 1 < argc) {
             o.daemon = argv[++i];
+        } else if (a == "--capture" && i + 1 < argc) {
+            o.capture = argv[++i];
         } else if (a == "--once") {
             o.once = true;
         } else if (a == "-h" || a == "--help") {
@@ -273,7 +281,23 @@ int main(int argc, char** argv) {
     OwnedSocket sock;
     if (!CreateSocket(opt.socketPath, &sock)) return 1;
 
-    setenv(kSocketEnv, std::to_string(sock.fd).c_str(), 1);
+    // Capturing puts a relay between the socket and the daemon, which then
+    // listens on a private socket of the relay's instead.
+    int daemonListenFd = sock.fd;
+    velard_capture::RelayHandle relay;
+    if (!opt.capture.empty()) {
+        velard_capture::RelayFds fds;
+        std::string why;
+        relay = velard_capture::StartRelay(opt.capture, sock.fd, &fds, &why);
+        if (!relay) {
+            Log("capture: %s", why.c_str());
+            sock.Remove();
+            return 1;
+        }
+        daemonListenFd = fds.daemonListen;
+        setenv(velard_capture::kRecordFdEnv, std::to_string(fds.recordChannel).c_str(), 1);
+    }
+    setenv(kSocketEnv, std::to_string(daemonListenFd).c_str(), 1);
     for (const std::string& kv : opt.env) {
         size_t eq = kv.find('=');
         setenv(kv.substr(0, eq).c_str(), kv.substr(eq + 1).c_str(), 1);
@@ -338,6 +362,7 @@ int main(int argc, char** argv) {
         if (stopSignal) break;
     }
 
+    relay.reset();
     sock.Remove();
     close(sock.fd);
     return exitCode;
