@@ -221,37 +221,32 @@ private:
         }
     }
 
+    // Reads what one side sent, copies its whole records into the capture
+    // and queues the bytes for the other side.
+    void Pump(Connection& c, bool fromClient) {
+        std::string got;
+        Io r = ReadSome(fromClient ? c.client : c.daemon, &got);
+        // A request frame is captured before the daemon can act on it, so it
+        // precedes the stack record it causes. The stack writes a record
+        // before handing it to the daemon, so every record behind the bytes
+        // just read from the daemon is queued by now and goes first.
+        if (!fromClient) DrainRecords();
+        RecordCutter& cutter = fromClient ? c.fromClient : c.fromDaemon;
+        auto capture = [&](std::string_view rec) { FrameFrom(c, fromClient, rec); };
+        if (r == Io::kEnd) {
+            (fromClient ? c.clientEof : c.daemonEof) = true;
+            cutter.Finish(capture);
+        } else if (r == Io::kOk) {
+            cutter.Feed(got.data(), got.size(), capture);
+            (fromClient ? c.toDaemon : c.toClient) += got;
+        }
+    }
+
     // Moves what is ready across one connection; false once it is over.
     bool Service(Connection& c, short clientEvents, short daemonEvents) {
-        if (!c.clientEof && (clientEvents & (POLLIN | POLLHUP | POLLERR))) {
-            std::string got;
-            Io r = ReadSome(c.client, &got);
-            if (r == Io::kEnd) {
-                c.clientEof = true;
-                c.fromClient.Finish([&](std::string_view rec) { FrameFrom(c, true, rec); });
-            } else if (r == Io::kOk) {
-                // A request frame is written down before the daemon can act
-                // on it, so it precedes the stack record it causes.
-                c.fromClient.Feed(got.data(), got.size(),
-                                  [&](std::string_view rec) { FrameFrom(c, true, rec); });
-                c.toDaemon += got;
-            }
-        }
-        if (!c.daemonEof && (daemonEvents & (POLLIN | POLLHUP | POLLERR))) {
-            std::string got;
-            Io r = ReadSome(c.daemon, &got);
-            // The stack writes a record before handing it to the daemon, so
-            // every record behind the bytes just read is queued by now.
-            DrainRecords();
-            if (r == Io::kEnd) {
-                c.daemonEof = true;
-                c.fromDaemon.Finish([&](std::string_view rec) { FrameFrom(c, false, rec); });
-            } else if (r == Io::kOk) {
-                c.fromDaemon.Feed(got.data(), got.size(),
-                                  [&](std::string_view rec) { FrameFrom(c, false, rec); });
-                c.toClient += got;
-            }
-        }
+        constexpr short kReadable = POLLIN | POLLHUP | POLLERR;
+        if (!c.clientEof && (clientEvents & kReadable)) Pump(c, true);
+        if (!c.daemonEof && (daemonEvents & kReadable)) Pump(c, false);
         if (!c.daemonEof && Flush(c.daemon, &c.toDaemon) == Io::kEnd) {
             c.toDaemon.clear();  // the daemon is gone; its end of stream follows
         }
