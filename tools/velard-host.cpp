@@ -2,7 +2,11 @@
 // device. It owns the daemon's listening socket, hands it to the daemon in
 // ANDROID_SOCKET_velard, and starts the daemon again whenever it exits.
 //
-//   velard-host --socket PATH [--once] [--daemon BIN] [-- ENV=VALUE ...]
+//   velard-host --socket PATH [--once] [--daemon BIN] [--rc FILE] [-- ENV=VALUE ...]
+//
+// With --rc the socket's name and the daemon's environment come from the
+// service that FILE describes to init, so that host and device start the
+// daemon from one description.
 //
 // The socket is created and bound here but not put into listening state:
 // that is the daemon's job, as on the device. Once the daemon has called
@@ -29,6 +33,8 @@
 #include <string>
 #include <vector>
 
+#include "rc_file.h"
+
 namespace {
 
 constexpr const char* kSocketEnv = "ANDROID_SOCKET_velard";
@@ -37,6 +43,7 @@ constexpr std::chrono::milliseconds kRestartDelay{100};
 struct Options {
     std::string socketPath;
     std::string daemon;
+    std::string rcFile;
     bool once = false;
     std::vector<std::string> env;
 };
@@ -62,12 +69,16 @@ void Log(const char* fmt, ...) {
 
 [[noreturn]] void Usage(const char* why) {
     if (why) Log("%s", why);
-    fprintf(why ? stderr : stdout,
-            "usage: velard-host --socket PATH [--once] [--daemon BIN] [-- ENV=VALUE ...]\n"
-            "  --socket PATH  where to create the daemon's listening socket\n"
-            "  --once         do not restart the daemon; exit with its status\n"
-            "  --daemon BIN   the daemon to run (default: velard next to velard-host)\n"
-            "  ENV=VALUE      extra environment for the daemon\n");
+    fprintf(
+        why ? stderr : stdout,
+        "usage: velard-host --socket PATH [--once] [--daemon BIN] [--rc FILE] [-- ENV=VALUE ...]\n"
+        "  --socket PATH  where to create the daemon's listening socket\n"
+        "  --once         do not restart the daemon; exit with its status\n"
+        "  --daemon BIN   the daemon to run (default: velard next to velard-host)\n"
+        "  --rc FILE      take the socket's name (ANDROID_SOCKET_<name>) and the\n"
+        "                 environment (setenv) from the one service of an init .rc\n"
+        "                 file; path, mode 0666 and owner stay the host's\n"
+        "  ENV=VALUE      extra environment for the daemon (after the .rc file's)\n");
     exit(why ? 2 : 0);
 }
 
@@ -91,6 +102,8 @@ Options ParseArgs(int argc, char** argv) {
             o.socketPath = argv[++i];
         } else if (a == "--daemon" && i + 1 < argc) {
             o.daemon = argv[++i];
+        } else if (a == "--rc" && i + 1 < argc) {
+            o.rcFile = argv[++i];
         } else if (a == "--once") {
             o.once = true;
         } else if (a == "-h" || a == "--help") {
@@ -256,6 +269,12 @@ std::string DescribeStatus(int status) {
 
 int main(int argc, char** argv) {
     Options opt = ParseArgs(argc, argv);
+    velard_rc::HostLaunch launch{"", kSocketEnv, {}};
+    std::string rcError;
+    if (!opt.rcFile.empty() && !velard_rc::HostLaunchFromFile(opt.rcFile, &launch, &rcError)) {
+        Log("%s", rcError.c_str());
+        return 2;
+    }
 
     // Every signal of interest is blocked and taken synchronously with
     // sigwaitinfo/sigtimedwait. SIGCHLD gets a handler all the same, so that
@@ -273,8 +292,9 @@ int main(int argc, char** argv) {
     OwnedSocket sock;
     if (!CreateSocket(opt.socketPath, &sock)) return 1;
 
-    setenv(kSocketEnv, std::to_string(sock.fd).c_str(), 1);
-    for (const std::string& kv : opt.env) {
+    setenv(launch.socketVariable.c_str(), std::to_string(sock.fd).c_str(), 1);
+    launch.env.insert(launch.env.end(), opt.env.begin(), opt.env.end());
+    for (const std::string& kv : launch.env) {
         size_t eq = kv.find('=');
         setenv(kv.substr(0, eq).c_str(), kv.substr(eq + 1).c_str(), 1);
     }
