@@ -332,20 +332,17 @@ std::string IdentityProblem(const std::string& rcText) {
     return "";
 }
 
+// A child process, waited for with a limit.
 struct Spawned {
     pid_t pid = -1;
-    int Wait() {
-        int status = -1;
+    bool done = false;
+
+    bool Done() { return done || (done = waitpid(pid, nullptr, WNOHANG) == pid); }
+    void Wait() {
         auto until = std::chrono::steady_clock::now() + 20s;
-        while (waitpid(pid, &status, WNOHANG) == 0) {
-            if (std::chrono::steady_clock::now() > until) {
-                kill(pid, SIGKILL);
-                waitpid(pid, &status, 0);
-                return -1;
-            }
+        while (!Done() && std::chrono::steady_clock::now() < until)
             std::this_thread::sleep_for(10ms);
-        }
-        return status;
+        if (!done) kill(pid, SIGKILL), waitpid(pid, nullptr, 0), done = true;
     }
 };
 
@@ -383,11 +380,16 @@ std::string ServeProblem(const std::string& rcText) {
                          "/dev/null", dir + "/host.log");
     for (int i = 0; i < 500 && access((dir + "/sock").c_str(), F_OK) != 0; ++i)
         std::this_thread::sleep_for(10ms);
-    Spawned client = Spawn({IMSCTL_BIN, "--socket", dir + "/sock", "--wait-ms", "300"},
-                           dir + "/request", dir + "/imsctl.out");
-    client.Wait();
-    // The client has gone, and with it the daemon; a daemon that never
-    // listened has already gone.
+    Spawned client =
+        Spawn({IMSCTL_BIN, "--socket", dir + "/sock", "--wait-ms", "300", "--connect-ms", "10000"},
+              dir + "/request", dir + "/imsctl.out");
+    // The client's leaving ends the daemon and velard-host with it. A daemon
+    // that found no socket has already ended, and so has velard-host: the
+    // client, still trying to connect, has nobody to wait for.
+    while (!client.Done()) {
+        if (host.Done()) kill(client.pid, SIGKILL);
+        std::this_thread::sleep_for(10ms);
+    }
     host.Wait();
     std::string out = ReadText(dir + "/imsctl.out"), log = ReadText(dir + "/host.log");
     std::filesystem::remove_all(dir);
@@ -423,34 +425,47 @@ TEST(VelardRc, EachCheckCatchesItsPlantedFault) {
     struct Case {
         const char* fault;
         Check check;
-        const char* from;
-        const char* to;
+        std::vector<std::pair<const char*, const char*>> edits;  // first occurrence of each
         const char* problem;
     } const cases[] = {
-        {"socket renamed", ServeProblem, "socket velard ", "socket velard2 ", "did not answer"},
-        {"binary on the system partition", install, "service velard /vendor/bin/velard",
-         "service velard /system/bin/velard", "Android.bp installs /vendor/bin/velard"},
-        {"a user without capabilities", IdentityProblem, "user root", "user system",
+        {"socket renamed", ServeProblem, {{"socket velard ", "socket velard2 "}}, "did not answer"},
+        {"binary on the system partition",
+         install,
+         {{"service velard /vendor/bin/velard", "service velard /system/bin/velard"}},
+         "Android.bp installs /vendor/bin/velard"},
+        {"a user other than root without capabilities",
+         IdentityProblem,
+         {{"user root", "user system"}, {"    capabilities", "    # capabilities"}},
          "without CAP_SETUID"},
-        {"capabilities without SETUID", IdentityProblem, "DAC_READ_SEARCH SETUID ",
-         "DAC_READ_SEARCH ", "without CAP_SETUID"},
-        {"a capability velard keeps left out", IdentityProblem, " NET_RAW ", " ", "lacks"},
-        {"a capability beyond velard's", IdentityProblem, " SYS_ADMIN", " SYS_ADMIN SYS_MODULE",
+        {"capabilities without SETUID",
+         IdentityProblem,
+         {{"DAC_READ_SEARCH SETUID ", "DAC_READ_SEARCH "}},
+         "without CAP_SETUID"},
+        {"a capability velard keeps left out", IdentityProblem, {{" NET_RAW ", " "}}, "lacks"},
+        {"a capability beyond velard's",
+         IdentityProblem,
+         {{" SYS_ADMIN", " SYS_ADMIN SYS_MODULE"}},
          "beyond"},
+        // Not faults: a user other than root with the capabilities line, and
+        // root without it (then it holds them all, and keeps the seven).
+        {"", IdentityProblem, {{"user root", "user system"}}, nullptr},
+        {"", IdentityProblem, {{"    capabilities", "    # capabilities"}}, nullptr},
     };
     const std::string rc = RcText();
     for (const Case& c : cases) {
         SCOPED_TRACE(c.fault);
-        size_t at = rc.find(c.from);
-        ASSERT_NE(at, std::string::npos) << "cannot plant the fault: no '" << c.from << "'";
-        std::string faulty = rc;
-        faulty.replace(at, strlen(c.from), c.to);
-        EXPECT_NE(c.check(faulty).find(c.problem), std::string::npos) << c.check(faulty);
+        std::string changed = rc;
+        for (auto [from, to] : c.edits) {
+            size_t at = changed.find(from);
+            ASSERT_NE(at, std::string::npos) << "cannot plant the fault: no '" << from << "'";
+            changed.replace(at, strlen(from), to);
+        }
+        std::string problem = c.check(changed);
+        if (c.problem == nullptr)
+            EXPECT_EQ(problem, "");
+        else
+            EXPECT_NE(problem.find(c.problem), std::string::npos) << problem;
     }
-    // A non-root user does the start-up with the capabilities line.
-    std::string nonRoot = rc;
-    nonRoot.replace(nonRoot.find("user root"), 9, "user system");
-    EXPECT_EQ(IdentityProblem(nonRoot), "");
 }
 
 }  // namespace
