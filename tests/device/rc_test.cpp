@@ -397,6 +397,23 @@ std::string ServeProblem(const std::string& rcText) {
     return "velard did not answer through its socket\nimsctl: " + out + "\nvelard-host: " + log;
 }
 
+// The policy labels the binary and the socket that the service names, so
+// that init starts velard in its domain and the framework may connect.
+std::string LabelProblem(const std::string& rcText) {
+    velard_rc::Service s = OneService(rcText);
+    std::map<std::string, std::string> labels;
+    std::istringstream in(ReadText(kSource + "/sepolicy/file_contexts"));
+    for (std::string path, context; in >> path >> context;) labels[path] = context;
+    std::pair<std::string, std::string> wanted[] = {
+        {s.argv.empty() ? "" : s.argv[0], "u:object_r:velard_exec:s0"},
+        {"/dev/socket/" + (s.sockets.empty() ? "" : s.sockets[0].name),
+         "u:object_r:velard_socket:s0"},
+    };
+    for (const auto& [path, context] : wanted)
+        if (labels[path] != context) return "file_contexts does not label " + path + " " + context;
+    return "";
+}
+
 std::string RcText() {
     return ReadText(kSource + "/velard.rc");
 }
@@ -412,6 +429,7 @@ TEST(VelardRc, ServesThroughTheSocketItNamesFromWhereAndroidBpInstallsItWithItsI
     EXPECT_EQ(ServeProblem(rc), "");
     EXPECT_EQ(InstallProblem(rc, BpText()), "");
     EXPECT_EQ(IdentityProblem(rc), "");
+    EXPECT_EQ(LabelProblem(rc), "");
     velard_rc::Service s = OneService(rc);
     EXPECT_EQ(s.name, "velard");
     // Brought back after every exit, and never a reason to reboot.
@@ -441,6 +459,14 @@ TEST(VelardRc, EachCheckCatchesItsPlantedFault) {
          IdentityProblem,
          {{"DAC_READ_SEARCH SETUID ", "DAC_READ_SEARCH "}},
          "without CAP_SETUID"},
+        {"socket the policy does not label",
+         LabelProblem,
+         {{"socket velard ", "socket velard2 "}},
+         "does not label /dev/socket/velard2"},
+        {"binary the policy does not label",
+         LabelProblem,
+         {{"service velard /vendor/bin/velard", "service velard /vendor/bin/velard2"}},
+         "does not label /vendor/bin/velard2"},
         {"a capability velard keeps left out", IdentityProblem, {{" NET_RAW ", " "}}, "lacks"},
         {"a capability beyond velard's",
          IdentityProblem,
