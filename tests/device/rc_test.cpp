@@ -446,7 +446,10 @@ TEST(VelardRc, EachCheckCatchesItsPlantedFault) {
         std::vector<std::pair<const char*, const char*>> edits;  // first occurrence of each
         const char* problem;
     } const cases[] = {
-        {"socket renamed", ServeProblem, {{"socket velard ", "socket velard2 "}}, "did not answer"},
+        {"socket renamed",
+         ServeProblem,
+         {{"socket velard ", "socket velard2 "}},
+         "Failed to get socket"},
         {"binary on the system partition",
          install,
          {{"service velard /vendor/bin/velard", "service velard /system/bin/velard"}},
