@@ -6,6 +6,9 @@
 #include <linux/capability.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -414,6 +417,78 @@ std::string LabelProblem(const std::string& rcText) {
     return "";
 }
 
+// What the daemon became: "<uid> <CapEff in hex>", from /proc.
+std::string Identity(pid_t pid) {
+    std::ifstream in("/proc/" + std::to_string(pid) + "/status");
+    std::string uid, caps;
+    for (std::string line; std::getline(in, line);) {
+        std::istringstream fields(line);
+        std::string key, value;
+        fields >> key >> value;
+        if (key == "Uid:") uid = value;
+        if (key == "CapEff:") caps = std::to_string(std::stoull(value, nullptr, 16));
+    }
+    return uid + " " + caps;
+}
+
+pid_t ChildOf(pid_t parent) {
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+        std::ifstream stat(entry.path() / "stat");
+        std::string pid, comm, state, ppid;
+        // comm may hold spaces, but not ours: velard.
+        if (stat >> pid >> comm >> state >> ppid && ppid == std::to_string(parent))
+            return std::stoi(pid);
+    }
+    return -1;
+}
+
+// Runs velard as init would from this description, as far as a host can: as
+// root, with the bounding set cut down to the service's capabilities, and
+// reports what the daemon became once it listens.
+std::string StartUpIdentity(const std::string& rcText) {
+    velard_rc::Service s = OneService(rcText);
+    unsigned long long keep = ~0ull;
+    if (s.capabilitiesGiven) {
+        keep = 0;
+        for (const std::string& name : s.capabilities) keep |= 1ull << kCapabilityBits.at(name);
+    }
+    char tmpl[] = "/tmp/velard-rc-XXXXXX";
+    std::string dir = mkdtemp(tmpl);
+    std::string rc = dir + "/velard.rc", sock = dir + "/sock";
+    std::ofstream(rc) << rcText;
+    std::string args[] = {VELARD_HOST_BIN, "--rc",     rc,        "--socket", sock,
+                          "--once",        "--daemon", VELARD_BIN};
+    char* argv[] = {args[0].data(), args[1].data(), args[2].data(), args[3].data(), args[4].data(),
+                    args[5].data(), args[6].data(), args[7].data(), nullptr};
+    int last = std::stoi(ReadText("/proc/sys/kernel/cap_last_cap"));
+    pid_t host = fork();
+    if (host == 0) {
+        setpgid(0, 0);
+        int null = open("/dev/null", O_WRONLY);
+        dup2(null, 2);
+        for (int cap = 0; cap <= last; ++cap)
+            if (!(keep >> cap & 1)) prctl(PR_CAPBSET_DROP, cap, 0, 0, 0);
+        execv(argv[0], argv);
+        _exit(127);
+    }
+    // The daemon listens only after its start-up.
+    int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un addr{};
+    addr.sun_family = AF_UNIX;
+    strncpy(addr.sun_path, sock.c_str(), sizeof addr.sun_path - 1);
+    bool connected = false;
+    for (int i = 0; i < 1000 && !connected; ++i) {
+        connected = connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0;
+        if (!connected) std::this_thread::sleep_for(10ms);
+    }
+    pid_t daemon = ChildOf(host);
+    std::string identity = connected && daemon > 0 ? Identity(daemon) : "never listened";
+    close(fd);  // velard ends, and velard-host with it
+    Spawned{host}.Wait();
+    std::filesystem::remove_all(dir);
+    return identity;
+}
+
 std::string RcText() {
     return ReadText(kSource + "/velard.rc");
 }
@@ -435,6 +510,21 @@ TEST(VelardRc, ServesThroughTheSocketItNamesFromWhereAndroidBpInstallsItWithItsI
     // Brought back after every exit, and never a reason to reboot.
     EXPECT_FALSE(s.HasOption("oneshot"));
     EXPECT_FALSE(s.HasOption("critical"));
+}
+
+TEST(VelardRc, StartUpTakesItsIdentityWithinTheServicesCapabilities) {
+    if (geteuid() != 0) GTEST_SKIP() << "velard changes identity only when started as root";
+    std::string status = ReadText("/proc/self/status");
+    std::string bounding = status.substr(status.find("CapBnd:") + 8, 16);
+    if ((std::stoull(bounding, nullptr, 16) & kKeptCapabilities) != kKeptCapabilities)
+        GTEST_SKIP() << "this host's bounding set " << bounding << " lacks some of velard's";
+    const std::string rc = RcText();
+    // No CAP_SETPCAP among them: capset lowering its own sets does not need it.
+    EXPECT_EQ(StartUpIdentity(rc), "1000 " + std::to_string(kKeptCapabilities));
+    // Planted: without CAP_SETUID velard stays root, and goes on as it stands.
+    std::string noSetuid = rc;
+    noSetuid.replace(noSetuid.find("DAC_READ_SEARCH SETUID "), 23, "DAC_READ_SEARCH ");
+    EXPECT_EQ(StartUpIdentity(noSetuid).substr(0, 2), "0 ");
 }
 
 TEST(VelardRc, EachCheckCatchesItsPlantedFault) {
