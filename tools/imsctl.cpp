@@ -60,9 +60,8 @@ struct Options {
 constexpr const char kUsage[] =
     "usage: imsctl --socket PATH [--timeout-ms N] [--linger-ms N] [--connect-ms N]\n"
     "              [--only KINDS] [--compact] < requests\n"
-    "       imsctl decode [--as KIND] [--compact] [--only KINDS] [HEX | FILE | -] ...\n"
-    "       imsctl replay CAPTURE --socket PATH [--control PATH] [--timeout-ms N]\n"
-    "                     [--connect-ms N]\n";
+    "       imsctl decode ...   (imsctl decode --help)\n"
+    "       imsctl replay ...   (imsctl replay --help)\n";
 
 constexpr const char kHelp[] =
     "Sends imsCommonStruc.Request objects (JSON, one per line, optional \"token\")\n"
@@ -80,7 +79,8 @@ constexpr const char kHelp[] =
     "  -h, --help       this text\n"
     "Exit status: 0; 1 when an input line was rejected, an answer did not come\n"
     "or the connection failed; 2 for bad arguments.\n"
-    "See 'imsctl decode --help' and 'imsctl replay --help' for the other modes.\n";
+    "decode prints frames given in hex, or a whole capture, as these lines;\n"
+    "replay sends a captured session again and compares what comes back.\n";
 
 [[noreturn]] void Usage(const std::string& why) {
     if (why.empty()) {
@@ -194,9 +194,9 @@ enum class LineResult { kDone, kRejected, kLostConnection };
 
 // The warnings a request earns before it goes out: what the daemon will do
 // with it may not be what its author thinks.
-void CheckAgainstTable(const imsCommonStruc::Request& request, const std::string& where,
-                       Output& out) {
-    const int id = request.reqid();
+void CheckAgainstTable(const imsCommonStruc::Request& request, const std::string& binary,
+                       const std::string& where, Output& out) {
+    const int id = RawId(binary);
     const RequestRow* row = FindRequestRow(id);
     if (row == nullptr) {
         out.Error(where + "warning: the daemon has no handler for " + IdName(id) +
@@ -271,11 +271,11 @@ LineResult HandleLine(const std::string& line, int lineNo, Session& s, Codec& co
     }
     imsCommonStruc::Request request;
     request.ParsePartialFromString(binary);
-    CheckAgainstTable(request, where, out);
+    CheckAgainstTable(request, binary, where, out);
 
     // Only requests that go out use up a number.
     if (!token) token = (*nextToken)++;
-    const int id = request.reqid();
+    const int id = RawId(binary);
     const bool answered = IsAnswered(id);
     if (answered) {
         std::lock_guard<std::mutex> lock(s.mutex);
@@ -333,7 +333,8 @@ int RunSession(const Options& opt) {
                         [&] { return s.connectionClosed || s.owed.empty(); });
         for (const auto& [token, owed] : s.owed) {
             out.Error("no answer to " + IdName(owed.second) + " (token " + std::to_string(token) +
-                      ") within " + std::to_string(opt.timeoutMs) + " ms");
+                      (s.connectionClosed ? ") before the connection closed"
+                                          : ") within " + std::to_string(opt.timeoutMs) + " ms"));
             status = 1;
         }
         if (opt.lingerMs > 0)

@@ -14,6 +14,8 @@
 #include <vector>
 
 #include <google/protobuf/descriptor.h>
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/wire_format_lite.h>
 #include <google/protobuf/util/json_util.h>
 #include <google/protobuf/util/type_resolver_util.h>
 
@@ -189,6 +191,20 @@ bool Codec::ToJson(Kind kind, const std::string& binary, std::string* json, std:
         return false;
     }
     return true;
+}
+
+int RawId(const std::string& binary) {
+    pb::io::CodedInputStream in(reinterpret_cast<const uint8_t*>(binary.data()),
+                                static_cast<int>(binary.size()));
+    int id = 0;
+    for (uint32_t tag; (tag = in.ReadTag()) != 0;) {
+        uint32_t value;
+        if (tag == (1 << 3) && in.ReadVarint32(&value))
+            id = static_cast<int>(value);
+        else if (!pb::internal::WireFormatLite::SkipField(&in, tag))
+            break;
+    }
+    return id;
 }
 
 std::string IdName(int id) {

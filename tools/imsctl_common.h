@@ -64,6 +64,9 @@ private:
     std::unique_ptr<google::protobuf::util::TypeResolver> mResolver;
 };
 
+// Field 1 of a serialised envelope message (reqid, resid, notifyid) as it
+// stands on the wire: a number the schema lacks is not lost to the parser.
+int RawId(const std::string& binary);
 // The name the schema gives an id number, or the number.
 std::string IdName(int id);
 // The JSON name of a Request field number ("requestMakeCall"), or "".

@@ -266,9 +266,7 @@ void Replay::ReadDaemon() {
             if (f.type == vf::kTypeResponse) {
                 mResponses[f.token].push_back(f.payload);
             } else if (f.type == vf::kTypeNotify) {
-                imsCommonStruc::Notify n;
-                n.ParsePartialFromString(f.payload);
-                mNotifications[n.notifyid()].push_back(f.payload);
+                mNotifications[RawId(f.payload)].push_back(f.payload);
             } else {
                 ++mDifferences;
                 mOut.Line("- frame of unknown type " + std::to_string(f.type) + ": " +
@@ -353,8 +351,7 @@ void Replay::Play(const imsctl::Step& s, size_t index) {
         }
         case Step::kResponse: {
             std::string what = "response to token " + std::to_string(s.token);
-            imsCommonStruc::Response r;
-            if (r.ParsePartialFromString(s.payload)) what += " (" + IdName(r.resid()) + ")";
+            what += " (" + IdName(RawId(s.payload)) + ")";
             // Answers to one token are matched in the order they came.
             if (!WaitFor(lock, [&] { return mResponses[s.token].size() > 0 || mDaemonGone; }) ||
                 mResponses[s.token].empty()) {
@@ -369,9 +366,7 @@ void Replay::Play(const imsctl::Step& s, size_t index) {
             return;
         }
         case Step::kNotify: {
-            imsCommonStruc::Notify n;
-            n.ParsePartialFromString(s.payload);
-            const int id = n.notifyid();
+            const int id = RawId(s.payload);
             size_t rank = mNotificationsMatched[id]++;
             std::string what = "notification " + IdName(id) + " #" + std::to_string(rank + 1);
             if (!WaitFor(lock, [&] { return mNotifications[id].size() > rank || mDaemonGone; }) ||

@@ -127,9 +127,11 @@ TEST(Imsctl, TellsWhatWentWrong) {
         {{"--timeout-ms"}, "", 2, "usage: imsctl --socket PATH", {}},
         {{"--timeout-ms", "soon"}, "", 2, "--timeout-ms wants milliseconds: soon", {}},
     };
-    TempDir dir;
-    Host host(dir, {});
     for (const Case& c : cases) {
+        // A daemon of its own each: a daemon still ending with its last
+        // client may take the next connection and drop it.
+        TempDir dir;
+        Host host(dir, {});
         std::vector<std::string> args = {"--socket", host.sock};
         args.insert(args.end(), c.args.begin(), c.args.end());
         Child ctl(dir, Imsctl(args), c.input);
