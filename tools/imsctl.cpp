@@ -82,48 +82,29 @@ constexpr const char kHelp[] =
     "decode prints frames given in hex, or a whole capture, as these lines;\n"
     "replay sends a captured session again and compares what comes back.\n";
 
-[[noreturn]] void Usage(const std::string& why) {
-    if (why.empty()) {
-        printf("%s%s", kUsage, kHelp);
-        exit(0);
-    }
-    fprintf(stderr, "imsctl: %s\n%s(imsctl --help for more)\n", why.c_str(), kUsage);
-    exit(2);
-}
-
 Options ParseArgs(int argc, char** argv) {
     Options o;
-    for (int i = 1; i < argc; ++i) {
-        std::string a = argv[i];
-        auto value = [&]() -> const char* {
-            if (i + 1 == argc) Usage(a + " wants a value");
-            return argv[++i];
-        };
-        auto ms = [&](long* into) {
-            const char* text = value();
-            if ((*into = ParseMs(text)) < 0) Usage(a + " wants milliseconds: " + text);
-        };
-        if (a == "-h" || a == "--help") {
-            Usage("");
-        } else if (a == "--compact") {
+    Args args(argc, argv, "imsctl", kUsage, kHelp);
+    for (std::string a; args.Next(&a);) {
+        if (a == "--compact") {
             o.compact = true;
         } else if (a == "--socket") {
-            o.socketPath = value();
+            o.socketPath = args.Value();
         } else if (a == "--timeout-ms") {
-            ms(&o.timeoutMs);
+            o.timeoutMs = args.Ms();
         } else if (a == "--linger-ms" || a == "--wait-ms") {
-            ms(&o.lingerMs);
+            o.lingerMs = args.Ms();
         } else if (a == "--connect-ms") {
-            ms(&o.connectMs);
+            o.connectMs = args.Ms();
         } else if (a == "--only") {
             std::string why;
-            o.shown = ParseKinds(value(), &why);
-            if (!why.empty()) Usage(why);
+            o.shown = ParseKinds(args.Value(), &why);
+            if (!why.empty()) args.Fail(why);
         } else {
-            Usage("unknown argument: " + a);
+            args.Fail("unknown argument: " + a);
         }
     }
-    if (o.socketPath.empty()) Usage("--socket is required");
+    if (o.socketPath.empty()) args.Fail("--socket is required");
     return o;
 }
 

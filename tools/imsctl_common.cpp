@@ -315,4 +315,32 @@ long ParseMs(const char* text) {
     return v;
 }
 
+bool Args::Next(std::string* arg) {
+    if (++mAt >= mArgc) return false;
+    *arg = mArgv[mAt];
+    if (*arg == "-h" || *arg == "--help") {
+        printf("%s%s", mUsage, mHelp);
+        exit(0);
+    }
+    return true;
+}
+
+const char* Args::Value() {
+    if (mAt + 1 >= mArgc) Fail(std::string(mArgv[mAt]) + " wants a value");
+    return mArgv[++mAt];
+}
+
+long Args::Ms() {
+    const char* option = mArgv[mAt];
+    const char* text = Value();
+    long ms = ParseMs(text);
+    if (ms < 0) Fail(std::string(option) + " wants milliseconds: " + text);
+    return ms;
+}
+
+void Args::Fail(const std::string& why) const {
+    fprintf(stderr, "%s: %s\n%s(%s --help for more)\n", mMode, why.c_str(), mUsage, mMode);
+    exit(2);
+}
+
 }  // namespace imsctl

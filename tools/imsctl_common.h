@@ -105,4 +105,26 @@ int Connect(const std::string& path, long retryMs, Output& out);
 // Milliseconds from an option's text; -1 when it is not a whole number.
 long ParseMs(const char* text);
 
+// Walks one mode's arguments. A bad one ends the program with status 2 and
+// the mode's usage; -h and --help print the usage and the help and exit 0.
+class Args {
+public:
+    Args(int argc, char** argv, const char* mode, const char* usage, const char* help)
+        : mArgc(argc), mArgv(argv), mMode(mode), mUsage(usage), mHelp(help) {}
+    // The next argument, or false at the end.
+    bool Next(std::string* arg);
+    // The value that follows the current option.
+    const char* Value();
+    long Ms();
+    [[noreturn]] void Fail(const std::string& why) const;
+
+private:
+    int mArgc;
+    char** mArgv;
+    int mAt = 0;
+    const char* mMode;
+    const char* mUsage;
+    const char* mHelp;
+};
+
 }  // namespace imsctl

@@ -37,15 +37,6 @@ constexpr const char kHelp[] =
     "  -h, --help     this text\n"
     "Exit status: 0; 1 when some input could not be decoded; 2 for bad arguments.\n";
 
-[[noreturn]] void Usage(const std::string& why) {
-    if (why.empty()) {
-        printf("%s%s", kUsage, kHelp);
-        exit(0);
-    }
-    fprintf(stderr, "imsctl decode: %s\n%s(imsctl decode --help for more)\n", why.c_str(), kUsage);
-    exit(2);
-}
-
 bool IsHexDigit(char c) {
     return isxdigit(static_cast<unsigned char>(c)) != 0;
 }
@@ -224,26 +215,21 @@ int DecodeMain(int argc, char** argv) {
     FramePrinter printer(codec, out);
     const char* bareKind = nullptr;
     std::vector<std::string> inputs;
-    for (int i = 1; i < argc; ++i) {
-        std::string a = argv[i];
-        if (a == "-h" || a == "--help") {
-            Usage("");
-        } else if (a == "--compact") {
+    Args args(argc, argv, "imsctl decode", kUsage, kHelp);
+    for (std::string a; args.Next(&a);) {
+        std::string why;
+        if (a == "--compact") {
             printer.SetCompact(true);
-        } else if ((a == "--as" || a == "--only") && i + 1 == argc) {
-            Usage(a + " wants a value");
         } else if (a == "--as") {
-            bareKind = argv[++i];
-            std::string why;
+            bareKind = args.Value();
             ParseKinds(bareKind, &why);
             if (!why.empty() || strchr(bareKind, ','))
-                Usage("--as takes request, response or notify");
+                args.Fail("--as takes request, response or notify");
         } else if (a == "--only") {
-            std::string why;
-            printer.SetShown(ParseKinds(argv[++i], &why));
-            if (!why.empty()) Usage(why);
+            printer.SetShown(ParseKinds(args.Value(), &why));
+            if (!why.empty()) args.Fail(why);
         } else if (a.size() > 1 && a[0] == '-' && !IsHexDigit(a[1])) {
-            Usage("unknown argument: " + a);
+            args.Fail("unknown argument: " + a);
         } else {
             inputs.push_back(a);
         }

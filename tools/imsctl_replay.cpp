@@ -66,15 +66,6 @@ constexpr const char kHelp[] =
     "Exit status: 0 when all matched; 1 on a difference or a failure; 2 for bad\n"
     "arguments.\n";
 
-[[noreturn]] void Usage(const std::string& why) {
-    if (why.empty()) {
-        printf("%s%s", kUsage, kHelp);
-        exit(0);
-    }
-    fprintf(stderr, "imsctl replay: %s\n%s(imsctl replay --help for more)\n", why.c_str(), kUsage);
-    exit(2);
-}
-
 struct Options {
     std::string capture, socketPath, controlPath;
     long timeoutMs = 2000, connectMs = 5000, lingerMs = 200;
@@ -82,35 +73,25 @@ struct Options {
 
 Options ParseArgs(int argc, char** argv) {
     Options o;
-    for (int i = 1; i < argc; ++i) {
-        std::string a = argv[i];
-        auto value = [&]() -> const char* {
-            if (i + 1 == argc) Usage(a + " wants a value");
-            return argv[++i];
-        };
-        auto ms = [&](long* into) {
-            const char* text = value();
-            if ((*into = ParseMs(text)) < 0) Usage(a + " wants milliseconds: " + text);
-        };
-        if (a == "-h" || a == "--help")
-            Usage("");
-        else if (a == "--socket")
-            o.socketPath = value();
+    Args args(argc, argv, "imsctl replay", kUsage, kHelp);
+    for (std::string a; args.Next(&a);) {
+        if (a == "--socket")
+            o.socketPath = args.Value();
         else if (a == "--control")
-            o.controlPath = value();
+            o.controlPath = args.Value();
         else if (a == "--timeout-ms")
-            ms(&o.timeoutMs);
+            o.timeoutMs = args.Ms();
         else if (a == "--connect-ms")
-            ms(&o.connectMs);
+            o.connectMs = args.Ms();
         else if (a == "--linger-ms")
-            ms(&o.lingerMs);
+            o.lingerMs = args.Ms();
         else if (a.rfind("-", 0) == 0 || !o.capture.empty())
-            Usage("unknown argument: " + a);
+            args.Fail("unknown argument: " + a);
         else
             o.capture = a;
     }
-    if (o.capture.empty()) Usage("which capture?");
-    if (o.socketPath.empty()) Usage("--socket is required");
+    if (o.capture.empty()) args.Fail("which capture?");
+    if (o.socketPath.empty()) args.Fail("--socket is required");
     return o;
 }
 
