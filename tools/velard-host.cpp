@@ -2,7 +2,8 @@
 // device. It owns the daemon's listening socket, hands it to the daemon in
 // ANDROID_SOCKET_velard, and starts the daemon again whenever it exits.
 //
-//   velard-host --socket PATH [--once] [--daemon BIN] [--rc FILE] [-- ENV=VALUE ...]
+//   velard-host --socket PATH [--once] [--daemon BIN] [--rc FILE] [--capture FILE|-]
+//               [-- ENV=VALUE ...]
 //
 // With --rc the socket's name and the daemon's environment come from the
 // service that FILE describes to init, so that host and device start the
@@ -39,6 +40,7 @@
 #include <string>
 #include <vector>
 
+#include "capture_relay.h"
 #include "rc_file.h"
 
 namespace {
@@ -53,6 +55,7 @@ struct Options {
     std::string socketPath;
     std::string daemon;
     std::string rcFile;
+    std::string capture;  // empty: no capture, and no relay at all
     bool once = false;
     std::vector<std::string> env;
 };
@@ -77,7 +80,8 @@ void Log(const char* fmt, ...) {
 }
 
 constexpr const char kUsageLine[] =
-    "usage: velard-host --socket PATH [--once] [--daemon BIN] [--rc FILE] [-- ENV=VALUE ...]\n";
+    "usage: velard-host --socket PATH [--once] [--daemon BIN] [--rc FILE] [--capture FILE|-]\n"
+    "                   [-- ENV=VALUE ...]\n";
 
 // A wrong argument gets the usage line; --help the whole story.
 [[noreturn]] void Usage(const char* why) {
@@ -95,6 +99,8 @@ constexpr const char kUsageLine[] =
         "                 environment (setenv) from the one service of an init .rc\n"
         "                 file, e.g. velard.rc; path, mode 0666 and owner stay the\n"
         "                 host's\n"
+        "  --capture FILE record every frame and stack record in FILE (pcapng; -\n"
+        "                 streams it to stdout, e.g. into wireshark -k -i -)\n"
         "  ENV=VALUE      extra environment for the daemon (after the .rc file's)\n");
     printf(
         "\n"
@@ -136,6 +142,8 @@ Options ParseArgs(int argc, char** argv) {
             o.daemon = argv[++i];
         } else if (a == "--rc" && i + 1 < argc) {
             o.rcFile = argv[++i];
+        } else if (a == "--capture" && i + 1 < argc) {
+            o.capture = argv[++i];
         } else if (a == "--once") {
             o.once = true;
         } else if (a == "-h" || a == "--help") {
@@ -545,14 +553,31 @@ int main(int argc, char** argv) {
     OwnedSocket sock;
     if (!CreateSocket(opt.socketPath, &sock)) return 1;
 
-    setenv(launch.socketVariable.c_str(), std::to_string(sock.fd).c_str(), 1);
+    // Capturing puts a relay between the socket and the daemon, which then
+    // listens on a private socket of the relay's instead.
+    int daemonListenFd = sock.fd;
+    velard_capture::RelayHandle relay;
+    if (!opt.capture.empty()) {
+        velard_capture::RelayFds fds;
+        std::string why;
+        relay = velard_capture::StartRelay(opt.capture, sock.fd, &fds, &why);
+        if (!relay) {
+            Log("capture: %s", why.c_str());
+            sock.Remove();
+            return 1;
+        }
+        daemonListenFd = fds.daemonListen;
+        setenv(velard_capture::kRecordFdEnv, std::to_string(fds.recordChannel).c_str(), 1);
+    }
+    setenv(launch.socketVariable.c_str(), std::to_string(daemonListenFd).c_str(), 1);
     launch.env.insert(launch.env.end(), opt.env.begin(), opt.env.end());
     for (const std::string& kv : launch.env) {
         size_t eq = kv.find('=');
         setenv(kv.substr(0, eq).c_str(), kv.substr(eq + 1).c_str(), 1);
     }
 
-    int exitCode = Supervise(opt, sock.fd, &signals, originalMask);
+    int exitCode = Supervise(opt, daemonListenFd, &signals, originalMask);
+    relay.reset();
     sock.Remove();
     close(sock.fd);
     return exitCode;
