@@ -530,6 +530,13 @@ TEST(VelardRc, StartUpTakesItsIdentityWithinTheServicesCapabilities) {
 TEST(VelardRc, EachCheckCatchesItsPlantedFault) {
     using Check = std::string (*)(const std::string&);
     Check install = [](const std::string& rc) { return InstallProblem(rc, BpText()); };
+    Check notInstalled = [](const std::string& rc) {
+        const std::string line = "init_rc: [\"velard.rc\"],";
+        std::string bp = BpText();
+        size_t at = bp.find(line);
+        return at == std::string::npos ? "no " + line + " to remove"
+                                       : InstallProblem(rc, bp.erase(at, line.size()));
+    };
     struct Case {
         const char* fault;
         Check check;
@@ -540,6 +547,7 @@ TEST(VelardRc, EachCheckCatchesItsPlantedFault) {
          ServeProblem,
          {{"socket velard ", "socket velard2 "}},
          "Failed to get socket"},
+        {"Android.bp without the service", notInstalled, {}, "does not install velard.rc"},
         {"binary on the system partition",
          install,
          {{"service velard /vendor/bin/velard", "service velard /system/bin/velard"}},
