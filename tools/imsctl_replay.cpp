@@ -21,6 +21,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -198,7 +199,7 @@ private:
     Output& mOut;
     Codec mCodec;
     int mDaemonFd = -1, mListenFd = -1, mControlFd = -1;
-    int mDifferences = 0;
+    std::atomic<int> mDifferences{0};
     size_t mSent = 0, mCompared = 0;
 
     std::mutex mMutex;
