@@ -2,7 +2,12 @@
 // device. It owns the daemon's listening socket, hands it to the daemon in
 // ANDROID_SOCKET_velard, and starts the daemon again whenever it exits.
 //
-//   velard-host --socket PATH [--once] [--daemon BIN] [-- ENV=VALUE ...]
+//   velard-host --socket PATH [--once] [--daemon BIN] [--rc FILE] [--capture FILE|-]
+//               [-- ENV=VALUE ...]
+//
+// With --rc the socket's name and the daemon's environment come from the
+// service that FILE describes to init, so that host and device start the
+// daemon from one description.
 //
 // The socket is created and bound here but not put into listening state:
 // that is the daemon's job, as on the device. Once the daemon has called
@@ -35,6 +40,9 @@
 #include <string>
 #include <vector>
 
+#include "capture_relay.h"
+#include "rc_file.h"
+
 namespace {
 
 constexpr const char* kSocketEnv = "ANDROID_SOCKET_velard";
@@ -46,6 +54,8 @@ constexpr const char kAcceptedLine[] = "[IMS6.0]: new connection";
 struct Options {
     std::string socketPath;
     std::string daemon;
+    std::string rcFile;
+    std::string capture;  // empty: no capture, and no relay at all
     bool once = false;
     std::vector<std::string> env;
 };
@@ -70,7 +80,8 @@ void Log(const char* fmt, ...) {
 }
 
 constexpr const char kUsageLine[] =
-    "usage: velard-host --socket PATH [--once] [--daemon BIN] [-- ENV=VALUE ...]\n";
+    "usage: velard-host --socket PATH [--once] [--daemon BIN] [--rc FILE] [--capture FILE|-]\n"
+    "                   [-- ENV=VALUE ...]\n";
 
 // A wrong argument gets the usage line; --help the whole story.
 [[noreturn]] void Usage(const char* why) {
@@ -84,7 +95,13 @@ constexpr const char kUsageLine[] =
         "  --socket PATH  where to create the daemon's listening socket\n"
         "  --once         do not restart the daemon; exit with its status\n"
         "  --daemon BIN   the daemon to run (default: velard next to velard-host)\n"
-        "  ENV=VALUE      extra environment for the daemon\n");
+        "  --rc FILE      take the socket's name (ANDROID_SOCKET_<name>) and the\n"
+        "                 environment (setenv) from the one service of an init .rc\n"
+        "                 file, e.g. velard.rc; path, mode 0666 and owner stay the\n"
+        "                 host's\n"
+        "  --capture FILE record every frame and stack record in FILE (pcapng; -\n"
+        "                 streams it to stdout, e.g. into wireshark -k -i -)\n"
+        "  ENV=VALUE      extra environment for the daemon (after the .rc file's)\n");
     printf(
         "\n"
         "velard is not started by hand: like init on a device, velard-host\n"
@@ -123,6 +140,10 @@ Options ParseArgs(int argc, char** argv) {
             o.socketPath = argv[++i];
         } else if (a == "--daemon" && i + 1 < argc) {
             o.daemon = argv[++i];
+        } else if (a == "--rc" && i + 1 < argc) {
+            o.rcFile = argv[++i];
+        } else if (a == "--capture" && i + 1 < argc) {
+            o.capture = argv[++i];
         } else if (a == "--once") {
             o.once = true;
         } else if (a == "-h" || a == "--help") {
@@ -503,6 +524,12 @@ int Supervise(const Options& opt, int listenFd, Signals* signals, const sigset_t
 
 int main(int argc, char** argv) {
     Options opt = ParseArgs(argc, argv);
+    velard_rc::HostLaunch launch{"", kSocketEnv, {}};
+    std::string rcError;
+    if (!opt.rcFile.empty() && !velard_rc::HostLaunchFromFile(opt.rcFile, &launch, &rcError)) {
+        Log("%s", rcError.c_str());
+        return 2;
+    }
 
     // Every signal of interest is blocked and read from a signalfd. SIGCHLD
     // gets a handler all the same, so that no setting of its disposition can
@@ -526,13 +553,31 @@ int main(int argc, char** argv) {
     OwnedSocket sock;
     if (!CreateSocket(opt.socketPath, &sock)) return 1;
 
-    setenv(kSocketEnv, std::to_string(sock.fd).c_str(), 1);
-    for (const std::string& kv : opt.env) {
+    // Capturing puts a relay between the socket and the daemon, which then
+    // listens on a private socket of the relay's instead.
+    int daemonListenFd = sock.fd;
+    velard_capture::RelayHandle relay;
+    if (!opt.capture.empty()) {
+        velard_capture::RelayFds fds;
+        std::string why;
+        relay = velard_capture::StartRelay(opt.capture, sock.fd, &fds, &why);
+        if (!relay) {
+            Log("capture: %s", why.c_str());
+            sock.Remove();
+            return 1;
+        }
+        daemonListenFd = fds.daemonListen;
+        setenv(velard_capture::kRecordFdEnv, std::to_string(fds.recordChannel).c_str(), 1);
+    }
+    setenv(launch.socketVariable.c_str(), std::to_string(daemonListenFd).c_str(), 1);
+    launch.env.insert(launch.env.end(), opt.env.begin(), opt.env.end());
+    for (const std::string& kv : launch.env) {
         size_t eq = kv.find('=');
         setenv(kv.substr(0, eq).c_str(), kv.substr(eq + 1).c_str(), 1);
     }
 
-    int exitCode = Supervise(opt, sock.fd, &signals, originalMask);
+    int exitCode = Supervise(opt, daemonListenFd, &signals, originalMask);
+    relay.reset();
     sock.Remove();
     close(sock.fd);
     return exitCode;
