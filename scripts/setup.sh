@@ -4,7 +4,8 @@
 set -euo pipefail
 PKGS=(build-essential cmake ninja-build pkg-config clang libclang-rt-14-dev
       protobuf-compiler libprotobuf-dev nlohmann-json3-dev
-      libgtest-dev libgmock-dev libbenchmark-dev python3 libcap2-bin)
+      libgtest-dev libgmock-dev libbenchmark-dev python3 libcap2-bin
+      android-libcutils-dev android-libutils-dev)
 missing=()
 for p in "${PKGS[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
