@@ -1,6 +1,7 @@
 // The host tools run as separate processes: velard-host with small shell
 // daemons and a fake daemon, imsctl against a daemon played by the test.
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <signal.h>
 #include <stdlib.h>
@@ -23,6 +24,7 @@
 #include <gtest/gtest.h>
 
 #include "framing.h"
+#include "tests/support/child_process.h"
 #include "tests/support/stderr_capture.h"
 
 namespace fs = std::filesystem;
@@ -31,7 +33,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-using velard_test::splitLines;
+using namespace velard_test;
 
 std::string Bytes(std::initializer_list<int> b) {
     std::string s;
@@ -44,22 +46,6 @@ const std::string kGeneralResponse = Bytes({0x08, 103, 0x12, 0x04, 0x08, 0x05, 0
 const char kGeneralResponseJson[] =
     R"({"resid":"REQ_UA_DELETION","generalResponse":{"handle":5,"result":"RESULT_SUCCESS"}})";
 
-std::string ReadFile(const fs::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
-
-bool WaitFor(const std::function<bool()>& cond, std::chrono::milliseconds limit = 5000ms) {
-    auto until = std::chrono::steady_clock::now() + limit;
-    while (!cond()) {
-        if (std::chrono::steady_clock::now() > until) return false;
-        std::this_thread::sleep_for(10ms);
-    }
-    return true;
-}
-
 // A UNIX stream socket bound at path, not listening.
 int BoundSocket(const fs::path& path) {
     int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -70,85 +56,57 @@ int BoundSocket(const fs::path& path) {
     return fd;
 }
 
-class TempDir {
-public:
-    TempDir() {
-        char tmpl[] = "/tmp/velard-test-XXXXXX";
-        mPath = mkdtemp(tmpl);
+// A client connection to path, retried while nobody listens there yet; -1
+// if nobody does within the limit.
+int Connect(const fs::path& path, std::chrono::milliseconds limit = 10000ms) {
+    sockaddr_un addr{};
+    addr.sun_family = AF_UNIX;
+    strncpy(addr.sun_path, path.c_str(), sizeof addr.sun_path - 1);
+    int fd = -1;
+    WaitFor(
+        [&] {
+            fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+            if (connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0) return true;
+            close(fd);
+            fd = -1;
+            return false;
+        },
+        limit);
+    return fd;
+}
+
+// The next daemon frame on fd; type 0 if the connection ends or nothing
+// whole arrives within the limit.
+vf::DaemonFrame ReadFrame(int fd, std::chrono::milliseconds limit = 10000ms) {
+    vf::DaemonFrameReader reader;
+    vf::DaemonFrame frame;
+    auto until = std::chrono::steady_clock::now() + limit;
+    while (reader.Next(&frame) != vf::ReadResult::kFrame) {
+        auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            until - std::chrono::steady_clock::now());
+        pollfd pfd{fd, POLLIN, 0};
+        char buf[4096];
+        ssize_t n;
+        if (left.count() <= 0 || poll(&pfd, 1, static_cast<int>(left.count())) <= 0 ||
+            (n = read(fd, buf, sizeof buf)) <= 0)
+            return {};
+        reader.Append(buf, static_cast<size_t>(n));
     }
-    ~TempDir() { fs::remove_all(mPath); }
-    const fs::path& path() const { return mPath; }
+    return frame;
+}
 
-    fs::path Script(const std::string& name, const std::string& body) const {
-        fs::path p = mPath / name;
-        std::ofstream(p) << "#!/bin/sh\n" << body << "\n";
-        fs::permissions(p, fs::perms::owner_all);
-        return p;
-    }
+size_t Count(const std::string& text, const std::string& what) {
+    size_t n = 0;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) n++;
+    return n;
+}
 
-private:
-    fs::path mPath;
-};
+// The real daemon, which the build puts next to velard-host.
+const fs::path kVelard = fs::path(VELARD_HOST_BIN).parent_path() / "velard";
 
-// A child process with stdin from a string and stdout/stderr kept in files.
-class Child {
-public:
-    Child(const TempDir& dir, std::vector<std::string> argv, const std::string& input = "")
-        : mOut(dir.path() / ("out" + std::to_string(++sCount))),
-          mErr(dir.path() / ("err" + std::to_string(sCount))) {
-        fs::path in = dir.path() / ("in" + std::to_string(sCount));
-        std::ofstream(in) << input;
-        std::vector<char*> args;
-        for (auto& a : argv) args.push_back(a.data());
-        args.push_back(nullptr);
-        posix_spawn_file_actions_t files;
-        posix_spawn_file_actions_init(&files);
-        posix_spawn_file_actions_addopen(&files, 0, in.c_str(), O_RDONLY, 0);
-        for (auto [fd, path] : {std::pair{1, &mOut}, std::pair{2, &mErr}})
-            posix_spawn_file_actions_addopen(&files, fd, path->c_str(), O_WRONLY | O_CREAT, 0600);
-        // A group of its own, so that a stray kill(0, ...) below it cannot
-        // reach the test runner.
-        posix_spawnattr_t attr;
-        posix_spawnattr_init(&attr);
-        posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETPGROUP);
-        EXPECT_EQ(posix_spawn(&mPid, args[0], &files, &attr, args.data(), environ), 0) << args[0];
-        posix_spawn_file_actions_destroy(&files);
-        posix_spawnattr_destroy(&attr);
-    }
-    ~Child() {
-        if (mPid > 0 && !mDone) {
-            kill(mPid, SIGKILL);
-            waitpid(mPid, nullptr, 0);
-        }
-    }
-
-    void Signal(int sig) const { kill(mPid, sig); }
-
-    // Raw wait status, or -1 if the child is still running after the limit.
-    int Wait(std::chrono::milliseconds limit = 10000ms) {
-        if (!WaitFor([&] { return waitpid(mPid, &mStatus, WNOHANG) == mPid; }, limit)) return -1;
-        mDone = true;
-        return mStatus;
-    }
-
-    std::string Out() const { return ReadFile(mOut); }
-    std::string Err() const { return ReadFile(mErr); }
-
-private:
-    static inline int sCount = 0;
-    pid_t mPid = -1;
-    int mStatus = 0;
-    bool mDone = false;
-    fs::path mOut, mErr;
-};
-
-// velard-host itself exited (not killed) with this code.
-::testing::AssertionResult ExitedWith(int status, int code) {
-    if (status == -1) return ::testing::AssertionFailure() << "still running";
-    if (!WIFEXITED(status)) return ::testing::AssertionFailure() << "raw status " << status;
-    if (WEXITSTATUS(status) != code)
-        return ::testing::AssertionFailure() << "exit code " << WEXITSTATUS(status);
-    return ::testing::AssertionSuccess();
+// A wire Request {reqid: 103, requestUaDeletion {handle: h}}.
+std::string UaDeletion(int handle) {
+    return Bytes({0x08, 103, 0x22, 0x02, 0x08, handle});
 }
 
 // ---------------------------------------------------------------- velard-host
@@ -241,6 +199,102 @@ TEST(VelardHost, RestartsDaemonUntilStopped) {
         << host.Err();
 }
 
+// A wrong argument gets the usage line and status 2; --help explains how the
+// daemon is meant to be run.
+TEST(VelardHost, UsageAndHelp) {
+    struct Case {
+        std::vector<std::string> args;
+        int code;
+        const char* says;  // on stdout for status 0, else on stderr
+    };
+    const Case cases[] = {
+        {{"--help"}, 0, "Failed to get socket"},
+        {{"--bogus"}, 2, "unknown or incomplete argument: --bogus"},
+        {{"--socket"}, 2, "unknown or incomplete argument: --socket"},
+        {{"--socket", "/tmp/x", "--", "NOEQUALS"}, 2, "not ENV=VALUE: NOEQUALS"},
+        {{}, 2, "--socket is required"},
+    };
+    for (const Case& c : cases) {
+        TempDir dir;
+        std::vector<std::string> argv{VELARD_HOST_BIN};
+        argv.insert(argv.end(), c.args.begin(), c.args.end());
+        Child host(dir, argv);
+        EXPECT_TRUE(ExitedWith(host.Wait(), c.code)) << c.says;
+        std::string text = c.code == 0 ? host.Out() : host.Err();
+        EXPECT_NE(text.find(c.says), std::string::npos) << text;
+        EXPECT_NE(text.find("usage: velard-host --socket PATH"), std::string::npos) << text;
+    }
+}
+
+// A second velard-host on a path where a daemon is listening refuses to start
+// and leaves the socket alone; the first goes on serving.
+TEST(VelardHost, RefusesASocketSomebodyListensOn) {
+    TempDir dir;
+    fs::path sock = dir.path() / "velard";
+    Child first(dir, {VELARD_HOST_BIN, "--socket", sock});
+    close(Connect(sock));  // listening now
+
+    Child second(dir, {VELARD_HOST_BIN, "--socket", sock});
+    EXPECT_TRUE(ExitedWith(second.Wait(), 1)) << second.Err();
+    EXPECT_NE(second.Err().find("is in use: another process is listening on it"), std::string::npos)
+        << second.Err();
+
+    int client = Connect(sock);
+    ASSERT_TRUE(vf::WriteAll(client, vf::EncodeClientRecord(3, UaDeletion(8))));
+    EXPECT_EQ(ReadFrame(client).token, 3u) << first.Err();
+    close(client);
+    first.Signal(SIGTERM);
+    EXPECT_TRUE(ExitedWith(first.Wait(), 0)) << first.Err();
+}
+
+// Daemons that end before serving a client (here: the stack cannot reach its
+// controller) are restarted after growing delays, and velard-host says so
+// once, with the daemon's last line. A daemon that serves a client is
+// replaced at once and ends the run: the next failure is reported anew.
+TEST(VelardHost, BacksOffDaemonsThatCannotServe) {
+    TempDir dir;
+    fs::path sock = dir.path() / "velard", starts = dir.path() / "starts",
+             serve = dir.path() / "serve";
+    // Each start notes its time; while the file serve exists, one start runs
+    // in auto mode, which can serve.
+    fs::path daemon = dir.Script(
+        "d", "date +%s%N >> " + starts.string() + "\nif [ -e " + serve.string() + " ]; then rm " +
+                 serve.string() + "; unset VELAR_SIM_CONTROL; fi\nexec " + kVelard.string());
+    Child host(dir, {VELARD_HOST_BIN, "--socket", sock, "--daemon", daemon, "--",
+                     "VELAR_SIM_CONTROL=" + (dir.path() / "nobody").string()});
+    auto times = [&] {
+        std::vector<long long> t;
+        for (const auto& l : splitLines(ReadFile(starts))) t.push_back(std::stoll(l) / 1000000);
+        return t;
+    };
+    const std::string cannotConnect = "E velar-sim: control channel: cannot connect";
+    ASSERT_TRUE(WaitFor([&] { return Count(host.Err(), cannotConnect) >= 4; }, 20000ms))
+        << host.Err();
+    auto t = times();
+    // Lower bounds only: a busy machine makes the gaps longer, never shorter.
+    for (size_t i = 1; i < 4; i++) EXPECT_GE(t[i] - t[i - 1], 100LL << (i - 1)) << i;
+    // The daemon's own lines pass through; velard-host adds its account once.
+    const std::string told =
+        "restarting with a delay growing from 100 ms to 5 s while daemons "
+        "end before serving a client; its last line: \"E [IMS6.0]: Ims "
+        "Stack init failed\"";
+    std::string err = host.Err();
+    EXPECT_EQ(Count(err, told), 1u) << err;
+
+    std::ofstream(serve).close();
+    ASSERT_TRUE(WaitFor([&] { return !fs::exists(serve); }, 20000ms)) << host.Err();
+    int client = Connect(sock);
+    ASSERT_GE(client, 0);
+    ASSERT_TRUE(vf::WriteAll(client, vf::EncodeClientRecord(1, UaDeletion(5))));
+    EXPECT_EQ(ReadFrame(client).token, 1u);
+    close(client);
+    ASSERT_TRUE(WaitFor([&] { return Count(host.Err(), told) == 2; })) << host.Err();
+    err = host.Err();
+    EXPECT_LT(err.find("daemon ended (exit status 255); restarting\n"), err.rfind(told)) << err;
+    host.Signal(SIGTERM);
+    EXPECT_TRUE(ExitedWith(host.Wait(), 0)) << host.Err();
+}
+
 // --------------------------------------------------------------------- imsctl
 
 // Frames from the daemon arrive in pieces and out of the ordinary; each
@@ -324,7 +378,7 @@ TEST(HostTools, SessionsAcrossDaemonRestart) {
     std::string input;
     for (const char* l : lines) input += l + std::string("\n");
     Child first(dir, {IMSCTL_BIN, "--socket", sock, "--wait-ms", "200"}, input);
-    EXPECT_TRUE(ExitedWith(first.Wait(), 0)) << first.Err() << host.Err();
+    EXPECT_TRUE(ExitedWith(first.Wait(), 1)) << first.Err() << host.Err();
     Child second(dir, {IMSCTL_BIN, "--socket", sock, "--wait-ms", "200"},
                  R"({"token":3,"reqid":"REQ_UA_DELETION","requestUaDeletion":{"handle":8}})");
     EXPECT_TRUE(ExitedWith(second.Wait(), 0)) << second.Err() << host.Err();
@@ -350,7 +404,11 @@ TEST(HostTools, SessionsAcrossDaemonRestart) {
         EXPECT_NE(response, out.end()) << token;
     }
     std::vector<int> errorLines;
-    for (const auto& e : splitLines(first.Err())) {
+    auto errors = splitLines(first.Err());
+    ASSERT_FALSE(errors.empty());
+    EXPECT_EQ(errors.back(), "imsctl: 9 input line(s) rejected");
+    errors.pop_back();
+    for (const auto& e : errors) {
         int n = 0;
         ASSERT_EQ(sscanf(e.c_str(), "imsctl: line %d:", &n), 1) << e;
         errorLines.push_back(n);
@@ -361,6 +419,33 @@ TEST(HostTools, SessionsAcrossDaemonRestart) {
     host.Signal(SIGTERM);
     EXPECT_TRUE(ExitedWith(host.Wait(), 0)) << host.Err();
     EXPECT_FALSE(fs::exists(sock));
+}
+
+// A client that connects the moment the previous one has left is served by
+// the next daemon, not refused by the one that is ending; a second client
+// while the first is live is still refused.
+TEST(HostTools, ReconnectsAreServedByTheNextDaemon) {
+    TempDir dir;
+    fs::path sock = dir.path() / "velard";
+    Child host(dir, {VELARD_HOST_BIN, "--socket", sock});
+    for (int i = 1; i <= 30; i++) {
+        int client = Connect(sock);
+        ASSERT_GE(client, 0) << i;
+        ASSERT_TRUE(vf::WriteAll(client, vf::EncodeClientRecord(i, UaDeletion(i))));
+        vf::DaemonFrame answer = ReadFrame(client);
+        ASSERT_EQ(answer.token, static_cast<uint32_t>(i)) << "cycle " << i << "\n" << host.Err();
+        if (i % 10 == 0) {
+            // Closed unanswered (counted below by the daemon's log line).
+            int second = Connect(sock);
+            EXPECT_EQ(ReadFrame(second).type, 0u) << i;
+            close(second);
+        }
+        close(client);
+    }
+    EXPECT_EQ(Count(host.Err(), "Refusing connection: a client is already connected"), 3u)
+        << host.Err();
+    host.Signal(SIGTERM);
+    EXPECT_TRUE(ExitedWith(host.Wait(), 0)) << host.Err();
 }
 
 }  // namespace
