@@ -167,10 +167,10 @@ TEST(CoreEndToEnd, TheLossOfTheClientEndsTheProcessWithMinusOne) {
         {"clean close", "", true, "EOS. Closing command socket"},
         {"close mid-record", std::string("\x00\x00\x00\x20\x01", 5), true,
          "EOS. Closing command socket"},
-        // The length word is not checked on its own: the stream gives up once
-        // its buffer (the limit and the length word) is full without a
-        // whole record.
-        {"record over the limit", std::string("\x00\x08\x00\x01", 4) + std::string(0x80000, 'p'),
+        // The length word is not checked on its own: the stream gives up on
+        // the first wake-up after its buffer (the limit and the length word)
+        // is full without a whole record, so one byte more than fits.
+        {"record over the limit", std::string("\x00\x08\x00\x01", 4) + std::string(0x80001, 'p'),
          false, "Error on reading command socket errno: 27"},
     };
     for (const auto& c : cases) {
