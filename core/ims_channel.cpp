@@ -35,10 +35,21 @@ void onCommandsSocketClosed(RecordStream* stream) {
     exit(-1);
 }
 
+// True when the connected client has closed its end: this process ends as
+// soon as the loop reads that end of stream.
+bool clientHasLeft(int fd) {
+    pollfd pfd{fd, POLLRDHUP, 0};
+    return poll(&pfd, 1, 0) > 0 && (pfd.revents & (POLLRDHUP | POLLHUP | POLLERR | POLLNVAL)) != 0;
+}
+
 }  // namespace
 
-int ImsListenFd() { return s_fdListen.load(); }
-int ImsCommandFd() { return s_fdCommand.load(); }
+int ImsListenFd() {
+    return s_fdListen.load();
+}
+int ImsCommandFd() {
+    return s_fdCommand.load();
+}
 
 void ImsSetListenFd(int fd) {
     s_fdListen.store(fd);
@@ -51,6 +62,17 @@ void ImsWatchListenFd() {
 }
 
 void ListenCallback(int, short, void*) {
+    // A client that connects just as the previous one leaves is no second
+    // client: the loop may see it before the leaving client's end of stream.
+    // It stays in the backlog, where the next daemon serves it, instead of
+    // being refused here. The listening socket stops being watched, since it
+    // stays readable and the loop would spin on it until the end of stream
+    // ends the process.
+    int current = s_fdCommand.load();
+    if (current >= 0 && clientHasLeft(current)) {
+        ImsEventDel(&s_listenEvent);
+        return;
+    }
     sockaddr_un peer;
     socklen_t peerLen = sizeof(peer);
     int fd = accept(s_fdListen.load(), reinterpret_cast<sockaddr*>(&peer), &peerLen);
@@ -59,9 +81,10 @@ void ListenCallback(int, short, void*) {
         TriggerWakeup();
         return;
     }
-    // One client at a time: a second connection is closed at once, so that
-    // it cannot take over the descriptor or the stream of the first.
-    if (s_fdCommand.load() >= 0) {
+    // One client at a time: a second connection while the first is live is
+    // closed at once, so that it cannot take over the descriptor or the
+    // stream of the first.
+    if (current >= 0) {
         IMS_LOGE("Refusing connection: a client is already connected");
         close(fd);
         return;

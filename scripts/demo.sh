@@ -11,7 +11,9 @@ run=$(mktemp -d /tmp/velard-demo.XXXXXX)
 trap 'kill "$host" 2>/dev/null || true; wait 2>/dev/null || true' EXIT
 cat demo/script.d/*.jsonl > "$run/script.jsonl" 2>/dev/null || : > "$run/script.jsonl"
 bin=build/release/tools
-"$bin/velard-host" --socket "$run/velard.sock" --once --daemon build/release/core/velard \
+# The same service description as on a device (velard.rc): the host takes
+# the socket's name and the environment from it.
+"$bin/velard-host" --rc velard.rc --socket "$run/velard.sock" --once --daemon build/release/core/velard \
     -- VELAR_SIM_SCRIPT="$run/script.jsonl" VELARD_PROP_sys_ims_current_uid=0 \
     2> "$run/velard.log" &
 host=$!

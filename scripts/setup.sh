@@ -4,7 +4,15 @@
 set -euo pipefail
 PKGS=(build-essential cmake ninja-build pkg-config clang libclang-rt-14-dev
       protobuf-compiler libprotobuf-dev nlohmann-json3-dev
-      libgtest-dev libgmock-dev libbenchmark-dev python3 libcap2-bin)
+      libgtest-dev libgmock-dev libbenchmark-dev python3 libcap2-bin
+      # The platform build description's checks: bpfmt, and the platform
+      # build system's Go sources with what they import.
+      blueprint-tools golang-go golang-android-soong-dev
+      golang-github-google-blueprint-dev golang-github-golang-protobuf-1-3-dev
+      # The SELinux policy's check: its compilers and setfiles.
+      checkpolicy secilc m4 policycoreutils
+      # Decoding session captures with the Wireshark dissector.
+      tshark)
 missing=()
 for p in "${PKGS[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

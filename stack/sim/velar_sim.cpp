@@ -5,6 +5,7 @@
 // request to a controller as a JSON line and carries out the controller's
 // answers, notifications and settings, in the order received.
 #include "velar_sim.h"
+#include "record_tap.h"
 
 #include <android/log.h>
 #include <errno.h>
@@ -574,7 +575,7 @@ Velar* Velar::GetInstance() {
 }
 
 int Velar::Init(IMS_Env* env) {
-    s_env = env;
+    s_env = velar_sim::tapEnv(env);
     const char* path = getenv("VELAR_SIM_CONTROL");
     if (path != nullptr && *path != '\0') {
         int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -609,6 +610,7 @@ int Velar::OnRequest(unsigned int token, ImsData* data) {
         return 0;
     }
     if (data == nullptr) return -1;
+    velar_sim::tapRequest(token, data);
     if (s_controlFd >= 0) {
         Json j = Json::object();
         j["type"] = "request";

@@ -1,6 +1,7 @@
 // The host tools run as separate processes: velard-host with small shell
 // daemons and a fake daemon, imsctl against a daemon played by the test.
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <signal.h>
 #include <stdlib.h>
@@ -68,6 +69,59 @@ int BoundSocket(const fs::path& path) {
     strncpy(addr.sun_path, path.c_str(), sizeof addr.sun_path - 1);
     EXPECT_EQ(bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr), 0) << path;
     return fd;
+}
+
+// A client connection to path, retried while nobody listens there yet; -1
+// if nobody does within the limit.
+int Connect(const fs::path& path, std::chrono::milliseconds limit = 10000ms) {
+    sockaddr_un addr{};
+    addr.sun_family = AF_UNIX;
+    strncpy(addr.sun_path, path.c_str(), sizeof addr.sun_path - 1);
+    int fd = -1;
+    WaitFor(
+        [&] {
+            fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+            if (connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0) return true;
+            close(fd);
+            fd = -1;
+            return false;
+        },
+        limit);
+    return fd;
+}
+
+// The next daemon frame on fd; type 0 if the connection ends or nothing
+// whole arrives within the limit.
+vf::DaemonFrame ReadFrame(int fd, std::chrono::milliseconds limit = 10000ms) {
+    vf::DaemonFrameReader reader;
+    vf::DaemonFrame frame;
+    auto until = std::chrono::steady_clock::now() + limit;
+    while (reader.Next(&frame) != vf::ReadResult::kFrame) {
+        auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            until - std::chrono::steady_clock::now());
+        pollfd pfd{fd, POLLIN, 0};
+        char buf[4096];
+        ssize_t n;
+        if (left.count() <= 0 || poll(&pfd, 1, static_cast<int>(left.count())) <= 0 ||
+            (n = read(fd, buf, sizeof buf)) <= 0)
+            return {};
+        reader.Append(buf, static_cast<size_t>(n));
+    }
+    return frame;
+}
+
+size_t Count(const std::string& text, const std::string& what) {
+    size_t n = 0;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) n++;
+    return n;
+}
+
+// The real daemon, which the build puts next to velard-host.
+const fs::path kVelard = fs::path(VELARD_HOST_BIN).parent_path() / "velard";
+
+// A wire Request {reqid: 103, requestUaDeletion {handle: h}}.
+std::string UaDeletion(int handle) {
+    return Bytes({0x08, 103, 0x22, 0x02, 0x08, handle});
 }
 
 class TempDir {
@@ -241,6 +295,102 @@ TEST(VelardHost, RestartsDaemonUntilStopped) {
         << host.Err();
 }
 
+// A wrong argument gets the usage line and status 2; --help explains how the
+// daemon is meant to be run.
+TEST(VelardHost, UsageAndHelp) {
+    struct Case {
+        std::vector<std::string> args;
+        int code;
+        const char* says;  // on stdout for status 0, else on stderr
+    };
+    const Case cases[] = {
+        {{"--help"}, 0, "Failed to get socket"},
+        {{"--bogus"}, 2, "unknown or incomplete argument: --bogus"},
+        {{"--socket"}, 2, "unknown or incomplete argument: --socket"},
+        {{"--socket", "/tmp/x", "--", "NOEQUALS"}, 2, "not ENV=VALUE: NOEQUALS"},
+        {{}, 2, "--socket is required"},
+    };
+    for (const Case& c : cases) {
+        TempDir dir;
+        std::vector<std::string> argv{VELARD_HOST_BIN};
+        argv.insert(argv.end(), c.args.begin(), c.args.end());
+        Child host(dir, argv);
+        EXPECT_TRUE(ExitedWith(host.Wait(), c.code)) << c.says;
+        std::string text = c.code == 0 ? host.Out() : host.Err();
+        EXPECT_NE(text.find(c.says), std::string::npos) << text;
+        EXPECT_NE(text.find("usage: velard-host --socket PATH"), std::string::npos) << text;
+    }
+}
+
+// A second velard-host on a path where a daemon is listening refuses to start
+// and leaves the socket alone; the first goes on serving.
+TEST(VelardHost, RefusesASocketSomebodyListensOn) {
+    TempDir dir;
+    fs::path sock = dir.path() / "velard";
+    Child first(dir, {VELARD_HOST_BIN, "--socket", sock});
+    close(Connect(sock));  // listening now
+
+    Child second(dir, {VELARD_HOST_BIN, "--socket", sock});
+    EXPECT_TRUE(ExitedWith(second.Wait(), 1)) << second.Err();
+    EXPECT_NE(second.Err().find("is in use: another process is listening on it"), std::string::npos)
+        << second.Err();
+
+    int client = Connect(sock);
+    ASSERT_TRUE(vf::WriteAll(client, vf::EncodeClientRecord(3, UaDeletion(8))));
+    EXPECT_EQ(ReadFrame(client).token, 3u) << first.Err();
+    close(client);
+    first.Signal(SIGTERM);
+    EXPECT_TRUE(ExitedWith(first.Wait(), 0)) << first.Err();
+}
+
+// Daemons that end before serving a client (here: the stack cannot reach its
+// controller) are restarted after growing delays, and velard-host says so
+// once, with the daemon's last line. A daemon that serves a client is
+// replaced at once and ends the run: the next failure is reported anew.
+TEST(VelardHost, BacksOffDaemonsThatCannotServe) {
+    TempDir dir;
+    fs::path sock = dir.path() / "velard", starts = dir.path() / "starts",
+             serve = dir.path() / "serve";
+    // Each start notes its time; while the file serve exists, one start runs
+    // in auto mode, which can serve.
+    fs::path daemon = dir.Script(
+        "d", "date +%s%N >> " + starts.string() + "\nif [ -e " + serve.string() + " ]; then rm " +
+                 serve.string() + "; unset VELAR_SIM_CONTROL; fi\nexec " + kVelard.string());
+    Child host(dir, {VELARD_HOST_BIN, "--socket", sock, "--daemon", daemon, "--",
+                     "VELAR_SIM_CONTROL=" + (dir.path() / "nobody").string()});
+    auto times = [&] {
+        std::vector<long long> t;
+        for (const auto& l : splitLines(ReadFile(starts))) t.push_back(std::stoll(l) / 1000000);
+        return t;
+    };
+    const std::string cannotConnect = "E velar-sim: control channel: cannot connect";
+    ASSERT_TRUE(WaitFor([&] { return Count(host.Err(), cannotConnect) >= 4; }, 20000ms))
+        << host.Err();
+    auto t = times();
+    // Lower bounds only: a busy machine makes the gaps longer, never shorter.
+    for (size_t i = 1; i < 4; i++) EXPECT_GE(t[i] - t[i - 1], 100LL << (i - 1)) << i;
+    // The daemon's own lines pass through; velard-host adds its account once.
+    const std::string told =
+        "restarting with a delay growing from 100 ms to 5 s while daemons "
+        "end before serving a client; its last line: \"E [IMS6.0]: Ims "
+        "Stack init failed\"";
+    std::string err = host.Err();
+    EXPECT_EQ(Count(err, told), 1u) << err;
+
+    std::ofstream(serve).close();
+    ASSERT_TRUE(WaitFor([&] { return !fs::exists(serve); }, 20000ms)) << host.Err();
+    int client = Connect(sock);
+    ASSERT_GE(client, 0);
+    ASSERT_TRUE(vf::WriteAll(client, vf::EncodeClientRecord(1, UaDeletion(5))));
+    EXPECT_EQ(ReadFrame(client).token, 1u);
+    close(client);
+    ASSERT_TRUE(WaitFor([&] { return Count(host.Err(), told) == 2; })) << host.Err();
+    err = host.Err();
+    EXPECT_LT(err.find("daemon ended (exit status 255); restarting\n"), err.rfind(told)) << err;
+    host.Signal(SIGTERM);
+    EXPECT_TRUE(ExitedWith(host.Wait(), 0)) << host.Err();
+}
+
 // --------------------------------------------------------------------- imsctl
 
 // Frames from the daemon arrive in pieces and out of the ordinary; each
@@ -361,6 +511,33 @@ TEST(HostTools, SessionsAcrossDaemonRestart) {
     host.Signal(SIGTERM);
     EXPECT_TRUE(ExitedWith(host.Wait(), 0)) << host.Err();
     EXPECT_FALSE(fs::exists(sock));
+}
+
+// A client that connects the moment the previous one has left is served by
+// the next daemon, not refused by the one that is ending; a second client
+// while the first is live is still refused.
+TEST(HostTools, ReconnectsAreServedByTheNextDaemon) {
+    TempDir dir;
+    fs::path sock = dir.path() / "velard";
+    Child host(dir, {VELARD_HOST_BIN, "--socket", sock});
+    for (int i = 1; i <= 30; i++) {
+        int client = Connect(sock);
+        ASSERT_GE(client, 0) << i;
+        ASSERT_TRUE(vf::WriteAll(client, vf::EncodeClientRecord(i, UaDeletion(i))));
+        vf::DaemonFrame answer = ReadFrame(client);
+        ASSERT_EQ(answer.token, static_cast<uint32_t>(i)) << "cycle " << i << "\n" << host.Err();
+        if (i % 10 == 0) {
+            // Closed unanswered (counted below by the daemon's log line).
+            int second = Connect(sock);
+            EXPECT_EQ(ReadFrame(second).type, 0u) << i;
+            close(second);
+        }
+        close(client);
+    }
+    EXPECT_EQ(Count(host.Err(), "Refusing connection: a client is already connected"), 3u)
+        << host.Err();
+    host.Signal(SIGTERM);
+    EXPECT_TRUE(ExitedWith(host.Wait(), 0)) << host.Err();
 }
 
 }  // namespace
