@@ -3,19 +3,9 @@
 #   BENCH_QUICK=1   short runs, for a look while the machine is busy
 set -euo pipefail
 cd "$(dirname "$0")/.."
-bash scripts/setup.sh >/dev/null
 # What only the benchmarks use: the plotter, and a thread-caching allocator
 # that the daemon is run on a second time (it never links one).
-bench_pkgs=(gnuplot-nox libjemalloc2)
-missing=()
-for p in "${bench_pkgs[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-  SUDO=""; [ "$(id -u)" -eq 0 ] || SUDO=sudo
-  $SUDO apt-get update >/dev/null
-  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y "${missing[@]}" >/dev/null
-fi
+bash scripts/setup.sh gnuplot-nox libjemalloc2 >/dev/null
 caching=$(dpkg -L libjemalloc2 | grep '/libjemalloc\.so\.2$' | head -1)
 bash scripts/build.sh release velard translate_bench socket_bench >/dev/null
 b=build/release/bench
@@ -51,13 +41,13 @@ section() { echo; echo "## $1"; echo; }
   echo "daemon's structure makes the system calls and the hand-off that the"
   echo "daemon's own rules fix for each request: a select before each batch of"
   echo "reads with the loop's log line, a read that ends in EAGAIN, one log line"
-  echo "written on the reading thread per request, the record passed to a second thread (the stack's) that writes the"
-  echo "three log lines of the answer and sends the frame. That is the limit of any"
-  echo "daemon that follows those rules on this machine, and velard's target; the"
-  echo "bare floor (one thread, one read and one write) is the second reference."
-  echo "The thread-caching allocator row runs the same velard with"
-  echo "\`$(basename "$caching")\` preloaded (the device's allocator caches per"
-  echo "thread; glibc's does less); the daemon does not depend on it."
+  echo "written on the reading thread, the record passed to a second thread (the"
+  echo "stack's) that writes the three log lines of the answer and sends the frame."
+  echo "That is the limit of any daemon that follows those rules on this machine,"
+  echo "and velard's target; the bare floor (one thread, one read and one write per"
+  echo "request) is the second reference. The thread-caching allocator row runs the"
+  echo "same velard with \`$(basename "$caching")\` preloaded (the device's allocator"
+  echo "caches per thread; glibc's does less); the daemon does not depend on it."
   echo
   $b/socket_bench roundtrip --rounds $rounds --count $rt_count --window 16,64 \
     --preload "$caching" --plot-data "$plots" > "$plots/roundtrip.md" || status=1

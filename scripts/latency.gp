@@ -2,10 +2,10 @@
 # files: dir, size (small|large) and out (a PNG) come from the command line.
 # One panel per window; y runs in "nines" so that the tail (p99, p99.9) is
 # as visible as the median.
-set terminal pngcairo size 1200,500 font ",10"
+set terminal pngcairo size 1200,560 font ",10"
 set output out
 set datafile separator "\t"
-set key top left
+set key below
 set logscale x
 set format x "%.0f"
 set logscale y
