@@ -14,6 +14,9 @@
 //   socket_bench burst [--rounds R] [--threads T] [--count M]
 //       T stack threads notify M times each at once; every frame must arrive
 //       whole and exactly once. Rate and the daemon's CPU per notification.
+//   socket_bench capture [--rounds R] [--count N] [--window W]
+//       The round trip of both requests straight to velard and through
+//       velard-host --capture (relay, pcapng file, the stack's records).
 //   socket_bench machine
 //       The machine's description.
 //   socket_bench memory --records DIR [--count N]
@@ -31,6 +34,7 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -451,6 +455,112 @@ struct Options {
     std::string preload;  // a thread-caching allocator for a second velard row
     std::string plotDir;  // where the latency distributions go
 };
+
+// ---------------------------------------------------------------------------
+// The cost of capturing: velard behind velard-host --capture.
+
+// velard-host capturing to a file, with velard under it in auto mode.
+class CapturedDaemon {
+public:
+    CapturedDaemon() {
+        char tmpl[] = "/tmp/velard-bench-XXXXXX";
+        if (mkdtemp(tmpl) == nullptr) throw std::runtime_error("mkdtemp");
+        dir_ = tmpl;
+        pid_ = fork();
+        if (pid_ == 0) {
+            int null = open("/dev/null", O_WRONLY);
+            dup2(null, 2);
+            unsetenv("VELAR_SIM_CONTROL");
+            unsetenv("VELAR_SIM_SCRIPT");
+            execl(VELARD_HOST_BINARY, "velard-host", "--socket", socketPath().c_str(), "--once",
+                  "--daemon", VELARD_BINARY, "--capture", capturePath().c_str(),
+                  static_cast<char*>(nullptr));
+            _exit(127);
+        }
+    }
+    ~CapturedDaemon() {
+        kill(pid_, SIGTERM);
+        waitpid(pid_, nullptr, 0);
+        unlink(capturePath().c_str());
+        rmdir(dir_.c_str());
+    }
+    std::string socketPath() const { return dir_ + "/velard.sock"; }
+    std::string capturePath() const { return dir_ + "/session.pcapng"; }
+    // CPU of velard-host and of the daemon it started.
+    double cpuNs() const {
+        std::ifstream children("/proc/" + std::to_string(pid_) + "/task/" + std::to_string(pid_) +
+                               "/children");
+        double sum = velard_bench::cpuNs(pid_);
+        for (pid_t child; children >> child;) sum += velard_bench::cpuNs(child);
+        return sum;
+    }
+
+private:
+    std::string dir_;
+    pid_t pid_ = -1;
+};
+
+int captureCost(const Options& o) {
+    std::string dir = VELARD_REQUESTS_DIR;
+    const std::pair<const char*, std::string> kinds[] = {
+        {"103 (small)", reqid(103) + readFile(dir + "/small/requestUaDeletion.bin")},
+        {"201 (large)", reqid(201) + readFile(dir + "/large/requestMakeCall.bin")},
+    };
+    size_t count = o.count ? o.count : 10000;
+    std::cout << "Window " << o.window << " requests, " << count << " per run; " << o.rounds
+              << " rounds alternating, medians shown. Server CPU: velard, or velard-host and "
+                 "velard, per request.\n\n"
+              << "| Request | | Throughput (req/s) | p50 | p99 | Server CPU per request | "
+                 "Capture bytes per request |\n|---|---|---|---|---|---|---|\n";
+    for (const auto& [name, payload] : kinds) {
+        std::vector<double> tput[2], p50[2], p99[2], cpu[2], bytes;
+        for (int r = 0; r < o.rounds; r++) {
+            for (int captured = 0; captured < 2; captured++) {
+                std::vector<std::string> payloads{payload};
+                RunStats s;
+                if (captured) {
+                    CapturedDaemon d;
+                    int fd = connectTo(d.socketPath(), 5000);
+                    pipeline(fd, payloads, 2000, o.window);
+                    double before = d.cpuNs();
+                    struct stat st;
+                    stat(d.capturePath().c_str(), &st);
+                    off_t size = st.st_size;
+                    s = pipeline(fd, payloads, count, o.window);
+                    cpu[1].push_back((d.cpuNs() - before) / static_cast<double>(count));
+                    stat(d.capturePath().c_str(), &st);
+                    bytes.push_back(static_cast<double>(st.st_size - size) /
+                                    static_cast<double>(count));
+                    close(fd);
+                } else {
+                    Daemon d;
+                    int fd = d.connectClient();
+                    pipeline(fd, payloads, 2000, o.window);
+                    double before = cpuNs(d.pid());
+                    s = pipeline(fd, payloads, count, o.window);
+                    cpu[0].push_back((cpuNs(d.pid()) - before) / static_cast<double>(count));
+                }
+                tput[captured].push_back(s.throughput());
+                p50[captured].push_back(percentile(s.latenciesNs, 0.5));
+                p99[captured].push_back(percentile(s.latenciesNs, 0.99));
+            }
+        }
+        for (int captured = 0; captured < 2; captured++)
+            std::cout << "| " << (captured ? "" : name) << " | "
+                      << (captured ? "captured" : "velard") << " | "
+                      << grouped(median(tput[captured])) << " | "
+                      << duration(median(p50[captured])) << " | "
+                      << duration(median(p99[captured])) << " | "
+                      << duration(median(cpu[captured])) << " | "
+                      << (captured ? grouped(median(bytes)) : "") << " |\n";
+        char buf[200];
+        snprintf(buf, sizeof buf, "| | captured / velard | %.2f | %.1f× | %.1f× | %.1f× | |\n",
+                 median(tput[1]) / median(tput[0]), median(p50[1]) / median(p50[0]),
+                 median(p99[1]) / median(p99[0]), median(cpu[1]) / median(cpu[0]));
+        std::cout << buf;
+    }
+    return 0;
+}
 
 // ---------------------------------------------------------------------------
 
@@ -876,6 +986,7 @@ int main(int argc, char** argv) {
             return 0;
         }
         if (mode == "roundtrip") return roundtrip(o);
+        if (mode == "capture") return captureCost(o);
         if (mode == "burst") return burst(o);
         if (mode == "memory") return memory(o);
     } catch (const std::exception& e) {

@@ -113,6 +113,12 @@ void ProcessCommandsCallback(int, short, void* param) {
         void* record = nullptr;
         size_t length = 0;
         errno = 0;
+        // The record and its length mean something only when the result is
+        // 0: on a failure the stream may leave them as they were. It reads
+        // once per call, so a partial record (or a client that closed in the
+        // middle of one) is EAGAIN first and the end of the stream on the
+        // next wake-up; a length word over the limit fails with EFBIG only
+        // once the buffer is full without a whole record.
         int ret = record_stream_get_next(stream, &record, &length);
         if (ret == 0 && record == nullptr) {
             IMS_LOGV("EOS. Closing command socket");
@@ -123,7 +129,6 @@ void ProcessCommandsCallback(int, short, void* param) {
             ProcessCommandBuffer(record, length);
             continue;
         }
-        if (ret > 0) continue;
         if (errno == EAGAIN || errno == EINTR) return;
         IMS_LOGE("Error on reading command socket errno: %d", errno);
         onCommandsSocketClosed(stream);

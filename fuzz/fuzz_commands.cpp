@@ -43,7 +43,6 @@ bool drain(RecordStream* stream) {
             ProcessCommandBuffer(record, length);
             continue;
         }
-        if (ret > 0) continue;
         return errno == EAGAIN || errno == EINTR;
     }
 }

@@ -79,6 +79,20 @@ section() { echo; echo "## $1"; echo; }
   echo
   LD_PRELOAD="$caching" $b/translate_bench --summary || true
 
+  section "Cost of a session capture"
+  echo "The same round trip straight to velard and through \`velard-host --capture\`:"
+  echo "the relay between client and daemon, the pcapng file, and the simulated"
+  echo "stack writing each record it takes and gives as JSON. Server CPU counts"
+  echo "velard-host and velard together. Without \`--capture\` there is no relay"
+  echo "and the stack writes nothing, so capturing off costs nothing."
+  echo
+  $b/socket_bench capture --rounds $rounds --count $((rt_count / 2)) || status=1
+  echo
+  echo "The added CPU is the simulated stack encoding each record as JSON (for the"
+  echo "large request, about half) and the relay's copies and system calls. The"
+  echo "captured path also takes two more turns of a process per request, which is"
+  echo "what its latency mostly shows on a loaded machine."
+
   section "Notification burst"
   echo "Controlled mode: stack threads call the notification callback at once"
   echo "(notification 20002); the client checks every frame. CPU is the daemon's"

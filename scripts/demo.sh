@@ -22,6 +22,6 @@ sleep 0.2
 
 echo "velard is running on the simulated stack (log: $run/velard.log)."
 echo "Client session, one JSON line per frame:"
-cat demo/session.d/*.jsonl | "$bin/imsctl" --socket "$run/velard.sock" --wait-ms 500
+cat demo/session.d/*.jsonl | "$bin/imsctl" --socket "$run/velard.sock" --linger-ms 300
 wait "$host" || true
 echo "The client has gone; velard ended with it, as on a device."

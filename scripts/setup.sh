@@ -6,6 +6,8 @@ set -euo pipefail
 PKGS=(build-essential cmake ninja-build pkg-config clang libclang-rt-14-dev
       protobuf-compiler libprotobuf-dev nlohmann-json3-dev
       libgtest-dev libgmock-dev libbenchmark-dev python3 libcap2-bin
+      # The device's own libcutils and libutils, linked by the host build.
+      android-libcutils-dev android-libutils-dev
       # The platform build description's checks: bpfmt, and the platform
       # build system's Go sources with what they import.
       blueprint-tools golang-go golang-android-soong-dev

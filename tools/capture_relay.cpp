@@ -161,11 +161,20 @@ public:
     int mStopWrite = -1;
 
 private:
+    // Packets are gathered and written together before their bytes are
+    // passed on (and before the loop waits again): one write where there
+    // would be several, and a live reader still sees each packet at once.
     void Capture(uint32_t interface, uint32_t flags, std::string_view bytes,
                  std::string_view comment = {}) {
-        if (!mWriter.ok()) return;
-        if (!mWriter.Packet(interface, flags, bytes, comment))
+        if (mWriter.ok())
+            mGathered += vp::PacketBlock(interface, vp::NowUs(), flags, bytes, comment);
+    }
+
+    void WriteGathered() {
+        if (mGathered.empty()) return;
+        if (!mWriter.Write(mGathered))
             Log("stopped writing (" + mWriter.error() + "); the session goes on");
+        mGathered.clear();
     }
 
     // Takes every stack record queued so far.
@@ -247,6 +256,9 @@ private:
         constexpr short kReadable = POLLIN | POLLHUP | POLLERR;
         if (!c.clientEof && (clientEvents & kReadable)) Pump(c, true);
         if (!c.daemonEof && (daemonEvents & kReadable)) Pump(c, false);
+        // Whatever either side is about to see is in the file first, so a
+        // capture cut short by a kill still holds all that anybody got.
+        WriteGathered();
         if (!c.daemonEof && Flush(c.daemon, &c.toDaemon) == Io::kEnd) {
             c.toDaemon.clear();  // the daemon is gone; its end of stream follows
         }
@@ -283,12 +295,13 @@ private:
                 fds.push_back({ce ? c.client : -1, ce, 0});
                 fds.push_back({de ? c.daemon : -1, de, 0});
             }
+            WriteGathered();
             if (poll(fds.data(), fds.size(), -1) < 0) {
                 if (errno == EINTR) continue;
                 Log(Errno("poll"));
                 break;
             }
-            DrainRecords();
+            if (fds[2].revents) DrainRecords();
             if (fds[0].revents) break;
             if (fds[1].revents) Accept();
             size_t i = 3;
@@ -311,9 +324,11 @@ private:
             close(c.daemon);
         }
         mConnections.clear();
+        WriteGathered();
     }
 
     vp::Writer mWriter;
+    std::string mGathered;  // whole blocks not yet written
     int mOut;
     int mPublic;
     int mDaemonListen;

@@ -137,7 +137,7 @@ uint64_t NowUs() {
     return static_cast<uint64_t>(tv.tv_sec) * 1000000u + static_cast<uint64_t>(tv.tv_usec);
 }
 
-bool Writer::Put(const std::string& block) {
+bool Writer::Write(std::string_view block) {
     if (!mOk) return false;
     size_t done = 0;
     while (done < block.size()) {

@@ -40,25 +40,26 @@ std::string PacketBlock(uint32_t interface, uint64_t timestampUs, uint32_t flags
 // Microseconds since the epoch, now.
 uint64_t NowUs();
 
-// Writes blocks to a file or pipe. Each block goes out with as few writes as
-// the descriptor allows (one for a file), so a writer killed between blocks
+// Writes blocks to a file or pipe. Blocks go out with as few writes as the
+// descriptor allows (one for a file), so a writer killed between writes
 // leaves only whole blocks; a reader drops a torn last one anyway.
 class Writer {
 public:
     // Does not take ownership of fd.
     explicit Writer(int fd) : mFd(fd) {}
-    bool Start() { return Put(HeaderBlocks()); }
+    bool Start() { return Write(HeaderBlocks()); }
     bool Packet(uint32_t interface, uint32_t flags, std::string_view bytes,
                 std::string_view comment = {}) {
-        return Put(PacketBlock(interface, NowUs(), flags, bytes, comment));
+        return Write(PacketBlock(interface, NowUs(), flags, bytes, comment));
     }
+    // Whole blocks, one or several (a busy writer gathers them).
+    bool Write(std::string_view blocks);
     // False once a write has failed (a full disk, a reader that went away);
     // later calls do nothing, so the session goes on without its capture.
     bool ok() const { return mOk; }
     const std::string& error() const { return mError; }
 
 private:
-    bool Put(const std::string& block);
     int mFd;
     bool mOk = true;
     std::string mError;

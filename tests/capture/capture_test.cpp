@@ -3,12 +3,10 @@
 // dissector run over it with tshark.
 #include <fcntl.h>
 #include <signal.h>
-#include <spawn.h>
 #include <stdio.h>
 #include <string.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -16,12 +14,12 @@
 #include <fstream>
 #include <map>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "pcapng.h"
+#include "tests/support/child_process.h"
 #include "tests/support/e2e.h"
 #include "tests/support/stderr_capture.h"
 
@@ -38,69 +36,41 @@ constexpr uint32_t kCallToken = 0x101, kNoRowToken = 0x102, kBadToken = 0x103,
 // velard-host capturing to a file in a directory of its own.
 class Host {
 public:
-    Host() {
-        char tmpl[] = "/tmp/velard-capture-XXXXXX";
-        dir_ = mkdtemp(tmpl);
-        // A notification follows every call the stack answers.
-        std::ofstream(dir_ / "script")
-            << R"({"after":201,"record":)" << velard_test::cancelAlarmRecord(4).dump() << "}\n";
-        std::vector<std::string> args = {VELARD_HOST_BIN,
-                                         "--socket",
-                                         socket(),
-                                         "--capture",
-                                         capture(),
-                                         "--",
-                                         "VELAR_SIM_SCRIPT=" + (dir_ / "script").string()};
-        std::vector<char*> argv;
-        for (auto& a : args) argv.push_back(a.data());
-        argv.push_back(nullptr);
-        posix_spawn_file_actions_t files;
-        posix_spawn_file_actions_init(&files);
-        posix_spawn_file_actions_addopen(&files, 2, (dir_ / "log").c_str(), O_WRONLY | O_CREAT,
-                                         0600);
-        EXPECT_EQ(posix_spawn(&pid_, argv[0], &files, nullptr, argv.data(), environ), 0);
-        posix_spawn_file_actions_destroy(&files);
-    }
-    ~Host() {
-        if (pid_ > 0) Stop(SIGKILL);
-        fs::remove_all(dir_);
-    }
+    Host()
+        : child_(dir_, {VELARD_HOST_BIN, "--socket", socket(), "--capture", capture(), "--",
+                        "VELAR_SIM_SCRIPT=" + Script(dir_)}) {}
 
-    std::string socket() const { return (dir_ / "velard.sock").string(); }
-    std::string capture() const { return (dir_ / "session.pcapng").string(); }
+    std::string socket() const { return (dir_.path() / "velard.sock").string(); }
+    std::string capture() const { return (dir_.path() / "session.pcapng").string(); }
 
     // A client connection, once the socket is there.
     int Connect() {
-        for (int i = 0; i < 500; ++i) {
-            int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        int fd = -1;
+        velard_test::WaitFor([&] {
+            fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
             sockaddr_un addr{};
             addr.sun_family = AF_UNIX;
             snprintf(addr.sun_path, sizeof addr.sun_path, "%s", socket().c_str());
-            if (connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0) return fd;
+            if (connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0) return true;
             close(fd);
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        ADD_FAILURE() << "no socket at " << socket();
-        return -1;
+            fd = -1;
+            return false;
+        });
+        EXPECT_GE(fd, 0) << "no socket at " << socket();
+        return fd;
     }
 
     // Waits until velard-host has logged a line containing text.
-    bool AwaitLog(const std::string& text) {
-        for (int i = 0; i < 1000; ++i) {
-            std::ifstream in(dir_ / "log");
-            std::string all((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-            if (all.find(text) != std::string::npos) return true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        ADD_FAILURE() << "velard-host never logged " << text;
-        return false;
+    void AwaitLog(const std::string& text) {
+        EXPECT_TRUE(velard_test::WaitFor([&] {
+            return child_.Err().find(text) != std::string::npos;
+        })) << "velard-host never logged "
+            << text;
     }
 
     void Stop(int sig) {
-        kill(pid_, sig);
-        int status;
-        waitpid(pid_, &status, 0);
-        pid_ = -1;
+        child_.Signal(sig);
+        child_.Wait();
     }
 
     vp::Capture Read() const {
@@ -111,8 +81,16 @@ public:
     }
 
 private:
-    fs::path dir_;
-    pid_t pid_ = -1;
+    // A notification follows every call the stack answers.
+    static std::string Script(const velard_test::TempDir& dir) {
+        fs::path p = dir.path() / "script";
+        std::ofstream(p) << R"({"after":201,"record":)" << velard_test::cancelAlarmRecord(4).dump()
+                         << "}\n";
+        return p.string();
+    }
+
+    velard_test::TempDir dir_;
+    velard_test::Child child_;
 };
 
 // Reads frames from fd until one with the token arrives (or the stream ends).

@@ -18,6 +18,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -220,7 +221,7 @@ const BpValue* Property(const std::vector<BpModule>& modules, const BpModule& m,
     return nullptr;
 }
 
-// Where the platform build installs a binary module, e.g. /vendor/bin/velard.
+// Where the platform build installs a binary module, e.g. /system_ext/bin/velard.
 std::string InstallPath(const std::string& bpText, const std::string& name) {
     std::vector<BpModule> modules = BpParser(bpText).Modules();
     const BpModule* m = FindModule(modules, name);
@@ -402,18 +403,26 @@ std::string ServeProblem(const std::string& rcText) {
 
 // The policy labels the binary and the socket that the service names, so
 // that init starts velard in its domain and the framework may connect.
+// A file_contexts path is a regular expression over the whole path, and the
+// last entry that matches gives the label.
 std::string LabelProblem(const std::string& rcText) {
     velard_rc::Service s = OneService(rcText);
-    std::map<std::string, std::string> labels;
+    std::vector<std::pair<std::regex, std::string>> entries;
     std::istringstream in(ReadText(kSource + "/sepolicy/file_contexts"));
-    for (std::string path, context; in >> path >> context;) labels[path] = context;
+    for (std::string path, context; in >> path >> context;) entries.emplace_back(path, context);
+    auto label = [&](const std::string& path) {
+        std::string context;
+        for (const auto& [pattern, c] : entries)
+            if (std::regex_match(path, pattern)) context = c;
+        return context;
+    };
     std::pair<std::string, std::string> wanted[] = {
         {s.argv.empty() ? "" : s.argv[0], "u:object_r:velard_exec:s0"},
         {"/dev/socket/" + (s.sockets.empty() ? "" : s.sockets[0].name),
          "u:object_r:velard_socket:s0"},
     };
     for (const auto& [path, context] : wanted)
-        if (labels[path] != context) return "file_contexts does not label " + path + " " + context;
+        if (label(path) != context) return "file_contexts does not label " + path + " " + context;
     return "";
 }
 
@@ -550,8 +559,8 @@ TEST(VelardRc, EachCheckCatchesItsPlantedFault) {
         {"Android.bp without the service", notInstalled, {}, "does not install velard.rc"},
         {"binary on the system partition",
          install,
-         {{"service velard /vendor/bin/velard", "service velard /system/bin/velard"}},
-         "Android.bp installs /vendor/bin/velard"},
+         {{"service velard /system_ext/bin/velard", "service velard /system/bin/velard"}},
+         "Android.bp installs /system_ext/bin/velard"},
         {"a user other than root without capabilities",
          IdentityProblem,
          {{"user root", "user system"}, {"    capabilities", "    # capabilities"}},
@@ -566,8 +575,8 @@ TEST(VelardRc, EachCheckCatchesItsPlantedFault) {
          "does not label /dev/socket/velard2"},
         {"binary the policy does not label",
          LabelProblem,
-         {{"service velard /vendor/bin/velard", "service velard /vendor/bin/velard2"}},
-         "does not label /vendor/bin/velard2"},
+         {{"service velard /system_ext/bin/velard", "service velard /system_ext/bin/velard2"}},
+         "does not label /system_ext/bin/velard2"},
         {"a capability velard keeps left out", IdentityProblem, {{" NET_RAW ", " "}}, "lacks"},
         {"a capability beyond velard's",
          IdentityProblem,
@@ -577,6 +586,13 @@ TEST(VelardRc, EachCheckCatchesItsPlantedFault) {
         // root without it (then it holds them all, and keeps the seven).
         {"", IdentityProblem, {{"user root", "user system"}}, nullptr},
         {"", IdentityProblem, {{"    capabilities", "    # capabilities"}}, nullptr},
+        // Nor is the binary's real path on a device without a system_ext
+        // partition, where /system_ext links to /system/system_ext.
+        {"",
+         LabelProblem,
+         {{"service velard /system_ext/bin/velard",
+           "service velard /system/system_ext/bin/velard"}},
+         nullptr},
     };
     const std::string rc = RcText();
     for (const Case& c : cases) {

@@ -53,11 +53,12 @@ check() {
     { echo "property_contexts: $(head -5 "$out/log")"; return 1; }
   # A valid context can still name the wrong kind of type (a domain for a
   # file): a file's type must be a file or device type, a property's a
-  # property type. Stated as neverallow rules over generated allow rules.
+  # property type of the system side, as this is system policy. Stated as
+  # neverallow rules over generated allow rules.
   {
     echo "type contexts_check;"
     echo "neverallow contexts_check ~{ file_type dev_type }:file relabelto;"
-    echo "neverallow contexts_check ~property_type:property_service set;"
+    echo "neverallow contexts_check ~system_property_type:property_service set;"
     context_types "$pol/file_contexts" | sed 's/.*/allow contexts_check &:file relabelto;/'
     context_types "$pol/property_contexts" | sed 's/.*/allow contexts_check &:property_service set;/'
   } > "$out/contexts_check.te"
@@ -86,11 +87,16 @@ faults=(
   "setpcap|checkpolicy|violated by allow velard velard:capability { setpcap }|velard.te|\$a allow velard self:capability setpcap;"
   "another domain sets the property|checkpolicy|violated by allow shell velard_uid_prop:property_service|radio.te|\$a set_prop(shell, velard_uid_prop)"
   "entered from another domain|checkpolicy|violated by allow shell velard:process { transition }|velard.te|\$a domain_auto_trans(shell, velard_exec, velard)"
+  "velard outside the system domains|checkpolicy|violated by allow radio velard:unix_stream_socket { connectto }|velard.te|s/type velard, domain, coredomain;/type velard, domain;/"
+  "the vendor binder device|checkpolicy|violated by allow velard vndbinder_device:chr_file { open }|velard.te|\$a vndbinder_use(velard)"
+  "executable labelled as a vendor file|checkpolicy|violated by allow velard velard_exec:file { entrypoint }|velard.te|s/exec_type, system_file_type,/exec_type, vendor_file_type,/"
+  "a vendor domain reads the property|checkpolicy|violated by allow vendor_init velard_uid_prop:file|property.te|\$a get_prop(vendor_init, velard_uid_prop)"
   "undefined type in file_contexts|file_contexts|velard_sock:s0|file_contexts|s/velard_socket:s0/velard_sock:s0/"
   "unknown level in file_contexts|file_contexts|velard_exec:s7|file_contexts|s/velard_exec:s0/velard_exec:s7/"
   "undefined type in property_contexts|property_contexts|velard_uid:s0|property_contexts|s/velard_uid_prop:/velard_uid:/"
   "a file labelled with a domain|context types|contexts_check velard:file|file_contexts|s/velard_exec:s0/velard:s0/"
   "a property labelled with a file type|context types|contexts_check velard_socket:property_service|property_contexts|s/velard_uid_prop:/velard_socket:/"
+  "a vendor property type|context types|contexts_check velard_uid_prop:property_service|property.te|s/system_internal_prop(velard_uid_prop)/type velard_uid_prop, property_type, vendor_property_type;/"
 )
 n=0
 for f in "${faults[@]}"; do

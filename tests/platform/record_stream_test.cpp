@@ -1,3 +1,7 @@
+// The device's record stream (the packaged libcutils), as the daemon relies
+// on it: one read per call, whole records handed out before the descriptor
+// is read again, and a length word that is only found to be too long once the
+// buffer is full.
 #include <cutils/record_stream.h>
 
 #include <errno.h>
@@ -121,14 +125,23 @@ INSTANTIATE_TEST_SUITE_P(
                   W(Rec("two").substr(5)), R("two")}},
         Scenario{"EmptyRecords", 64, {W(Rec("") + Rec("") + Rec("x")), R(""), R(""), R("x")}},
         Scenario{"ExactlyAtLimit", 8, {W(Rec("12345678")), R("12345678")}},
-        Scenario{"OneOverLimit", 8, {W(Rec("ok") + Rec("123456789")), R("ok"), kFail, kFail}},
+        // The rest of the too-long record is read in before the stream fails.
+        Scenario{"OneOverLimit",
+                 8,
+                 {W(Rec("ok") + Rec("123456789")), R("ok"), kAgain, kFail, kFail}},
+        Scenario{"LengthWordOverLimit",
+                 8,
+                 {W(Rec(std::string(100, 'x')).substr(0, 8)), kAgain, W("abcd"), kAgain, kFail}},
         // More bytes waiting than the buffer holds: forces compaction.
         Scenario{"LongerThanBuffer",
                  8,
                  {W(Rec("11111111") + Rec("2222222") + Rec("333333") + Rec("44444444") + Rec("5")),
                   R("11111111"), R("2222222"), R("333333"), R("44444444"), R("5"), kAgain}},
         Scenario{"EndAtBoundary", 64, {W(Rec("last")), kClose, R("last"), kEnd}},
-        Scenario{"EndInsideRecord", 64, {W(Rec("abcdef").substr(0, 6)), kAgain, kClose, kEnd}}),
+        // A peer that closes mid-record: EAGAIN for the bytes of that read,
+        // the end of the stream on the next call.
+        Scenario{"EndInsideRecord", 64, {W(Rec("abcdef").substr(0, 6)), kAgain, kClose, kEnd}},
+        Scenario{"EndInsideRecordInOneRead", 64, {W(Rec("abcdef").substr(0, 6)), kClose, kAgain, kEnd}}),
     [](const testing::TestParamInfo<Scenario>& info) { return std::string(info.param.name); });
 
 TEST(RecordStream, ReadErrorPassesErrno) {

@@ -24,6 +24,7 @@
 #include <gtest/gtest.h>
 
 #include "framing.h"
+#include "tests/support/child_process.h"
 #include "tests/support/stderr_capture.h"
 
 namespace fs = std::filesystem;
@@ -32,7 +33,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-using velard_test::splitLines;
+using namespace velard_test;
 
 std::string Bytes(std::initializer_list<int> b) {
     std::string s;
@@ -44,22 +45,6 @@ std::string Bytes(std::initializer_list<int> b) {
 const std::string kGeneralResponse = Bytes({0x08, 103, 0x12, 0x04, 0x08, 0x05, 0x10, 0x00});
 const char kGeneralResponseJson[] =
     R"({"resid":"REQ_UA_DELETION","generalResponse":{"handle":5,"result":"RESULT_SUCCESS"}})";
-
-std::string ReadFile(const fs::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
-
-bool WaitFor(const std::function<bool()>& cond, std::chrono::milliseconds limit = 5000ms) {
-    auto until = std::chrono::steady_clock::now() + limit;
-    while (!cond()) {
-        if (std::chrono::steady_clock::now() > until) return false;
-        std::this_thread::sleep_for(10ms);
-    }
-    return true;
-}
 
 // A UNIX stream socket bound at path, not listening.
 int BoundSocket(const fs::path& path) {
@@ -122,87 +107,6 @@ const fs::path kVelard = fs::path(VELARD_HOST_BIN).parent_path() / "velard";
 // A wire Request {reqid: 103, requestUaDeletion {handle: h}}.
 std::string UaDeletion(int handle) {
     return Bytes({0x08, 103, 0x22, 0x02, 0x08, handle});
-}
-
-class TempDir {
-public:
-    TempDir() {
-        char tmpl[] = "/tmp/velard-test-XXXXXX";
-        mPath = mkdtemp(tmpl);
-    }
-    ~TempDir() { fs::remove_all(mPath); }
-    const fs::path& path() const { return mPath; }
-
-    fs::path Script(const std::string& name, const std::string& body) const {
-        fs::path p = mPath / name;
-        std::ofstream(p) << "#!/bin/sh\n" << body << "\n";
-        fs::permissions(p, fs::perms::owner_all);
-        return p;
-    }
-
-private:
-    fs::path mPath;
-};
-
-// A child process with stdin from a string and stdout/stderr kept in files.
-class Child {
-public:
-    Child(const TempDir& dir, std::vector<std::string> argv, const std::string& input = "")
-        : mOut(dir.path() / ("out" + std::to_string(++sCount))),
-          mErr(dir.path() / ("err" + std::to_string(sCount))) {
-        fs::path in = dir.path() / ("in" + std::to_string(sCount));
-        std::ofstream(in) << input;
-        std::vector<char*> args;
-        for (auto& a : argv) args.push_back(a.data());
-        args.push_back(nullptr);
-        posix_spawn_file_actions_t files;
-        posix_spawn_file_actions_init(&files);
-        posix_spawn_file_actions_addopen(&files, 0, in.c_str(), O_RDONLY, 0);
-        for (auto [fd, path] : {std::pair{1, &mOut}, std::pair{2, &mErr}})
-            posix_spawn_file_actions_addopen(&files, fd, path->c_str(), O_WRONLY | O_CREAT, 0600);
-        // A group of its own, so that a stray kill(0, ...) below it cannot
-        // reach the test runner.
-        posix_spawnattr_t attr;
-        posix_spawnattr_init(&attr);
-        posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETPGROUP);
-        EXPECT_EQ(posix_spawn(&mPid, args[0], &files, &attr, args.data(), environ), 0) << args[0];
-        posix_spawn_file_actions_destroy(&files);
-        posix_spawnattr_destroy(&attr);
-    }
-    ~Child() {
-        if (mPid > 0 && !mDone) {
-            kill(mPid, SIGKILL);
-            waitpid(mPid, nullptr, 0);
-        }
-    }
-
-    void Signal(int sig) const { kill(mPid, sig); }
-
-    // Raw wait status, or -1 if the child is still running after the limit.
-    int Wait(std::chrono::milliseconds limit = 10000ms) {
-        if (!WaitFor([&] { return waitpid(mPid, &mStatus, WNOHANG) == mPid; }, limit)) return -1;
-        mDone = true;
-        return mStatus;
-    }
-
-    std::string Out() const { return ReadFile(mOut); }
-    std::string Err() const { return ReadFile(mErr); }
-
-private:
-    static inline int sCount = 0;
-    pid_t mPid = -1;
-    int mStatus = 0;
-    bool mDone = false;
-    fs::path mOut, mErr;
-};
-
-// velard-host itself exited (not killed) with this code.
-::testing::AssertionResult ExitedWith(int status, int code) {
-    if (status == -1) return ::testing::AssertionFailure() << "still running";
-    if (!WIFEXITED(status)) return ::testing::AssertionFailure() << "raw status " << status;
-    if (WEXITSTATUS(status) != code)
-        return ::testing::AssertionFailure() << "exit code " << WEXITSTATUS(status);
-    return ::testing::AssertionSuccess();
 }
 
 // ---------------------------------------------------------------- velard-host
@@ -474,7 +378,7 @@ TEST(HostTools, SessionsAcrossDaemonRestart) {
     std::string input;
     for (const char* l : lines) input += l + std::string("\n");
     Child first(dir, {IMSCTL_BIN, "--socket", sock, "--wait-ms", "200"}, input);
-    EXPECT_TRUE(ExitedWith(first.Wait(), 0)) << first.Err() << host.Err();
+    EXPECT_TRUE(ExitedWith(first.Wait(), 1)) << first.Err() << host.Err();
     Child second(dir, {IMSCTL_BIN, "--socket", sock, "--wait-ms", "200"},
                  R"({"token":3,"reqid":"REQ_UA_DELETION","requestUaDeletion":{"handle":8}})");
     EXPECT_TRUE(ExitedWith(second.Wait(), 0)) << second.Err() << host.Err();
@@ -500,7 +404,11 @@ TEST(HostTools, SessionsAcrossDaemonRestart) {
         EXPECT_NE(response, out.end()) << token;
     }
     std::vector<int> errorLines;
-    for (const auto& e : splitLines(first.Err())) {
+    auto errors = splitLines(first.Err());
+    ASSERT_FALSE(errors.empty());
+    EXPECT_EQ(errors.back(), "imsctl: 9 input line(s) rejected");
+    errors.pop_back();
+    for (const auto& e : errors) {
         int n = 0;
         ASSERT_EQ(sscanf(e.c_str(), "imsctl: line %d:", &n), 1) << e;
         errorLines.push_back(n);

@@ -4,8 +4,8 @@
 // and the generation of build actions. It fails on what a platform build
 // would reject before compiling anything: an unknown module type or property,
 // a wrong value (a proto type, a soong_config variable), a dependency on a
-// module that does not exist or may not be linked from the vendor partition,
-// and a source, include directory or prebuilt that is not in the tree. It
+// module that does not exist or may not be linked from the system_ext
+// partition (a vendor library), and a source, include directory or prebuilt that is not in the tree. It
 // also compares the sources that the platform build compiles into velard, the
 // simulated stack and imsctl with the list that CMake writes for the same
 // three, and checks where velard and imsctl are installed.
@@ -16,8 +16,7 @@
 //     reject what passes here, or accept what fails);
 //   - the platform modules themselves: liblog, libcutils, libutils, libbinder
 //     and both protobuf runtimes are the stand-ins below, so their exported
-//     headers, their symbols and whether a vendor module may link them on a
-//     given release (VNDK, LL-NDK) are only as right as those stand-ins;
+//     headers and their symbols are only as right as those stand-ins;
 //   - compiling and linking: no toolchain runs, so the code's warnings under
 //     the device's compiler, missing symbols and the provider's library's ABI
 //     are seen only by a device build;
@@ -38,7 +37,6 @@ import (
 	"os"
 	"path/filepath"
 	"reflect"
-	"regexp"
 	"sort"
 	"strings"
 	"unsafe"
@@ -54,36 +52,18 @@ import (
 // Where the tree sits in the simulated platform tree.
 const treeDir = "vendor/example/velard"
 
-// Stand-ins for the platform modules that the tree uses, declared as the
-// platform declares them for vendor modules: liblog is LL-NDK, the others
-// are VNDK libraries. The harness brings libc, libc++ and the toolchain.
-const llndkStandIns = `
-cc_library {
-    name: "liblog",
-    no_libcrt: true,
-    nocrt: true,
-    system_shared_libs: [],
-    stl: "none",
-}
-llndk_library {
-    name: "liblog",
-    symbol_file: "",
-}
-`
-
-var vndkStandIns = []string{"libbinder", "libcutils", "libutils", "libprotobuf-cpp-lite", "libprotobuf-cpp-full"}
+// Stand-ins for the platform modules that the tree uses: system libraries,
+// which a system_ext module links as any system module does. The harness
+// brings libc, libc++, libprotobuf-cpp-lite and the toolchain.
+var standInLibs = []string{"liblog", "libbinder", "libcutils", "libutils", "libprotobuf-cpp-full"}
 
 func standIns() string {
-	bp := llndkStandIns
-	for _, name := range vndkStandIns {
-		bp += fmt.Sprintf("cc_library { name: %q, vendor_available: true, vndk: { enabled: true } }\n", name)
+	bp := ""
+	for _, name := range standInLibs {
+		bp += fmt.Sprintf("cc_library { name: %q }\n", name)
 	}
 	return bp
 }
-
-// The harness declares libprotobuf-cpp-lite for the system partition only;
-// the stand-in above replaces it.
-var harnessProtobufLite = regexp.MustCompile(`cc_library\s*{\s*name:\s*"libprotobuf-cpp-lite",\s*}`)
 
 // The module types that the tree may use beyond those of the cc harness.
 var extraModuleTypes = []string{
@@ -93,9 +73,10 @@ var extraModuleTypes = []string{
 	"soong_config_string_variable",
 }
 
-// Variants of the first device architecture in the vendor image.
+// Variants of the first device architecture in the system images (system
+// and system_ext share them).
 const (
-	binaryVariant = "android_vendor.VER_arm64_armv8-a"
+	binaryVariant = "android_arm64_armv8-a"
 	sharedVariant = binaryVariant + "_shared"
 )
 
@@ -182,11 +163,7 @@ func load(tree map[string][]byte, p product) (*android.TestContext, []error) {
 		fs[filepath.Join(treeDir, providerLib)] = nil
 	}
 
-	deps := cc.GatherRequiredDepsForTest(android.Android)
-	if !harnessProtobufLite.MatchString(deps) {
-		return nil, []error{fmt.Errorf("the harness no longer declares libprotobuf-cpp-lite as expected; review the stand-ins")}
-	}
-	bp := harnessProtobufLite.ReplaceAllString(deps, "") + standIns()
+	bp := cc.GatherRequiredDepsForTest(android.Android) + standIns()
 
 	buildDir, err := ioutil.TempDir("", "bpcheck")
 	if err != nil {
@@ -194,6 +171,8 @@ func load(tree map[string][]byte, p product) (*android.TestContext, []error) {
 	}
 	defer os.RemoveAll(buildDir)
 	config := android.TestArchConfig(buildDir, nil, bp, fs)
+	// A device that keeps system and vendor apart: vendor modules are built
+	// only for the vendor image, so a system_ext module cannot link one.
 	config.TestProductVariables.DeviceVndkVersion = proptools.StringPtr("current")
 	config.TestProductVariables.Platform_vndk_version = proptools.StringPtr("VER")
 	if p.simStack {
@@ -323,10 +302,10 @@ var counterparts = []struct {
 	{"libvelar", sharedVariant, true},
 }
 
-// Where a platform build installs the binaries: the vendor partition.
+// Where a platform build installs the binaries: the system_ext partition.
 var installs = map[string]string{
-	"velard": "/vendor/bin/velard",
-	"imsctl": "/vendor/bin/imsctl",
+	"velard": "/system_ext/bin/velard",
+	"imsctl": "/system_ext/bin/imsctl",
 }
 
 // check runs every product and every comparison; it returns the problems.

@@ -54,13 +54,16 @@ var faults = []fault{
 	{name: "provider's library missing",
 		products: []productCase{{product{"provider's stack", false, false}, "prebuilt_libvelar"}},
 		want:     `module source path "[^"]*stack/provider/arm64/libvelar.so" does not exist`},
-	{name: "library that vendor modules may not link",
+	{name: "vendor library linked",
 		edits: []edit{
-			{"Android.bp", "\"libutils\",\n", "\"libutils\",\n\"libsystem_only\",\n"},
-			{"Android.bp", "", "cc_library { name: \"libsystem_only\" }\n"}},
-		want: `dependency "libsystem_only" of "velard" missing variant`},
-	{name: "daemon moved off the vendor partition",
-		edits: []edit{{"Android.bp", "name: \"velard\",\n", "name: \"velard\",\nvendor: false,\n"}},
+			{"Android.bp", "\"libutils\",\n", "\"libutils\",\n\"libvendor_only\",\n"},
+			{"Android.bp", "", "cc_library { name: \"libvendor_only\", vendor: true }\n"}},
+		want: `dependency "libvendor_only" of "velard" missing variant`},
+	{name: "daemon moved off system_ext to system",
+		edits: []edit{{"Android.bp", "name: \"velard\",\n", "name: \"velard\",\nsystem_ext_specific: false,\n"}},
+		want:  `velard: installed as \[[^]]*/system/bin/velard\], want /system_ext/bin/velard`},
+	{name: "daemon moved off system_ext to vendor",
+		edits: []edit{{"Android.bp", "name: \"velard\",\n", "name: \"velard\",\nsystem_ext_specific: false,\nvendor: true,\n"}},
 		want:  `dependency "libvelar" of "velard" missing variant`},
 }
 

@@ -1,5 +1,6 @@
 // Host stand-in: a property NAME is read from the environment variable
-// VELARD_PROP_<NAME with every '.' replaced by '_'>.
+// VELARD_PROP_<NAME with every '.' replaced by '_'>. The packaged libcutils
+// has no property_get, and its header needs the device's C library.
 #pragma once
 
 #define PROPERTY_KEY_MAX 32
