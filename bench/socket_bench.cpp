@@ -507,7 +507,8 @@ int captureCost(const Options& o) {
         {"201 (large)", reqid(201) + readFile(dir + "/large/requestMakeCall.bin")},
     };
     size_t count = o.count ? o.count : 10000;
-    std::cout << "Window " << o.window << " requests, " << count << " per run; " << o.rounds
+    std::cout << "Window " << o.windows.front() << " requests, " << count << " per run; "
+              << o.rounds
               << " rounds alternating, medians shown. Server CPU: velard, or velard-host and "
                  "velard, per request.\n\n"
               << "| Request | | Throughput (req/s) | p50 | p99 | Server CPU per request | "
@@ -521,12 +522,12 @@ int captureCost(const Options& o) {
                 if (captured) {
                     CapturedDaemon d;
                     int fd = connectTo(d.socketPath(), 5000);
-                    pipeline(fd, payloads, 2000, o.window);
+                    pipeline(fd, payloads, 2000, o.windows.front());
                     double before = d.cpuNs();
                     struct stat st;
                     stat(d.capturePath().c_str(), &st);
                     off_t size = st.st_size;
-                    s = pipeline(fd, payloads, count, o.window);
+                    s = pipeline(fd, payloads, count, o.windows.front());
                     cpu[1].push_back((d.cpuNs() - before) / static_cast<double>(count));
                     stat(d.capturePath().c_str(), &st);
                     bytes.push_back(static_cast<double>(st.st_size - size) /
@@ -535,9 +536,9 @@ int captureCost(const Options& o) {
                 } else {
                     Daemon d;
                     int fd = d.connectClient();
-                    pipeline(fd, payloads, 2000, o.window);
+                    pipeline(fd, payloads, 2000, o.windows.front());
                     double before = cpuNs(d.pid());
-                    s = pipeline(fd, payloads, count, o.window);
+                    s = pipeline(fd, payloads, count, o.windows.front());
                     cpu[0].push_back((cpuNs(d.pid()) - before) / static_cast<double>(count));
                 }
                 tput[captured].push_back(s.throughput());
@@ -548,9 +549,8 @@ int captureCost(const Options& o) {
         for (int captured = 0; captured < 2; captured++)
             std::cout << "| " << (captured ? "" : name) << " | "
                       << (captured ? "captured" : "velard") << " | "
-                      << grouped(median(tput[captured])) << " | "
-                      << duration(median(p50[captured])) << " | "
-                      << duration(median(p99[captured])) << " | "
+                      << grouped(median(tput[captured])) << " | " << duration(median(p50[captured]))
+                      << " | " << duration(median(p99[captured])) << " | "
                       << duration(median(cpu[captured])) << " | "
                       << (captured ? grouped(median(bytes)) : "") << " |\n";
         char buf[200];
