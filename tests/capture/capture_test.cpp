@@ -280,6 +280,8 @@ TEST(Capture, DissectorDecodesPairsAndFlags) {
           "peeruri: sip:bob@example.org", "callType: CALL_TYPE_2 (2)", "codec: CODEC_TYPE_1 (1)",
           "Frame type: Response (1)", "resid: REQ_MAKE_CALL (201)", "Time since request:"})
         EXPECT_NE(text.find(line), std::string::npos) << line << "\n" << text;
+    // A script error shows in the tree instead of the decoding; none may.
+    EXPECT_EQ(Tshark(host.capture(), "-V").find("Lua Error"), std::string::npos);
 }
 
 }  // namespace
