@@ -86,7 +86,12 @@ void ProcessCommandBuffer(const void* record, size_t length) {
         IMS_LOGE("Short command record dropped (%zu bytes)", length);
         return;
     }
-    imsCommonStruc::Request request;
+    // One Request per reading thread, parsed into again for each record (the
+    // parse clears it first). A cleared message keeps its sub-messages and
+    // string buffers, so a request does not pay for building and tearing down
+    // the envelope's hundred fields; what it keeps is bounded by the largest
+    // record.
+    static thread_local imsCommonStruc::Request request;
     google::protobuf::io::CodedInputStream input(static_cast<const uint8_t*>(record),
                                                  static_cast<int>(length));
     uint32_t reserved = 0;
@@ -137,7 +142,10 @@ void IMS_onResponse(unsigned int token, ImsData* data) {
     }
     int id = data->GetId();
     IMS_LOGE("%s() Resp Id:%d", "IMS_onResponse", id);
-    imsCommonStruc::Response response;
+    // One message per answering thread, as the Request per reading thread:
+    // cleared for each answer, it keeps its sub-messages and buffers.
+    static thread_local imsCommonStruc::Response response;
+    response.Clear();
     auto row = s_commandMap.find(id);
     if (row == s_commandMap.end() || row->second.responseFunction == nullptr ||
         row->second.responseFunction(token, response, data) < 0) {
@@ -154,7 +162,8 @@ void IMS_onNotify(ImsData* data) {
     }
     int id = data->GetId();
     if (logLevel > 1) IMS_LOGD("%s() Notify Id:%d", "IMS_onNotify", id);
-    imsCommonStruc::Notify notify;
+    static thread_local imsCommonStruc::Notify notify;
+    notify.Clear();
     auto row = s_notifyMap.find(id);
     if (row == s_notifyMap.end() || row->second.notifyFunction == nullptr ||
         row->second.notifyFunction(notify, data) < 0) {

@@ -3,7 +3,10 @@
 #   BENCH_QUICK=1   short runs, for a look while the machine is busy
 set -euo pipefail
 cd "$(dirname "$0")/.."
-bash scripts/setup.sh >/dev/null
+# What only the benchmarks use: the plotter, and a thread-caching allocator
+# that the daemon is run on a second time (it never links one).
+bash scripts/setup.sh gnuplot-nox libjemalloc2 >/dev/null
+caching=$(dpkg -L libjemalloc2 | grep '/libjemalloc\.so\.2$' | head -1)
 bash scripts/build.sh release velard translate_bench socket_bench >/dev/null
 b=build/release/bench
 records=$b/records
@@ -16,7 +19,8 @@ else
 fi
 
 out=$(mktemp)
-trap 'rm -f "$out"' EXIT
+plots=$(mktemp -d)
+trap 'rm -rf "$out" "$plots"' EXIT
 status=0
 section() { echo; echo "## $1"; echo; }
 {
@@ -26,38 +30,54 @@ section() { echo; echo "## $1"; echo; }
   echo "from commit $(git rev-parse --short HEAD)$(git diff --quiet || echo ' with local changes')."
   echo "Release build; the daemon's log goes to /dev/null (its lines are still"
   echo "written). Figures from a shared machine vary from run to run; the medians"
-  echo "are what to compare."
+  echo "of interleaved rounds and the ratios within one run are what to compare."
   echo
   $b/socket_bench machine
+
+  section "Round trip over the socket"
+  echo "The real velard on the simulated stack in auto mode, beside two floors that"
+  echo "answer the same records over the same kind of socket with a frame of the"
+  echo "daemon's size, without protocol buffers or dispatch. The floor with the"
+  echo "daemon's structure makes the system calls and the hand-off that the"
+  echo "daemon's own rules fix for each request: a select before each batch of"
+  echo "reads with the loop's log line, a read that ends in EAGAIN, one log line"
+  echo "written on the reading thread, the record passed to a second thread (the"
+  echo "stack's) that writes the three log lines of the answer and sends the frame."
+  echo "That is the limit of any daemon that follows those rules on this machine,"
+  echo "and velard's target; the bare floor (one thread, one read and one write per"
+  echo "request) is the second reference. The thread-caching allocator row runs the"
+  echo "same velard with \`$(basename "$caching")\` preloaded (the device's allocator"
+  echo "caches per thread; glibc's does less); the daemon does not depend on it."
+  echo
+  $b/socket_bench roundtrip --rounds $rounds --count $rt_count --window 16,64 \
+    --preload "$caching" --plot-data "$plots" > "$plots/roundtrip.md" || status=1
+  cat "$plots/roundtrip.md"
+  echo
+  echo "Latency distribution of every round pooled (left window 16, right window 64):"
+  for size in small large; do
+    gnuplot -e "dir='$plots'; size='$size'; out='docs/benchmarks-$size.png'" scripts/latency.gp
+    echo
+    echo "![Latency distribution, $size request](benchmarks-$size.png)"
+  done
 
   section "Translation cost, per id (in process)"
   echo "Request: ProcessCommandBuffer on a record whose body has every field filled"
   echo "(strings of 20 bytes, three entries per repeated field), the stack freeing"
   echo "the record at once; of which decoding: the parse of that record's Request"
-  echo "alone, which comes before any handler. Response: the handler on the simulator's auto answer,"
-  echo "framed into one buffer as IMS_onResponse does. Notification: the handler on"
-  echo "a record of the id's class with every field filled, framed. Median of 31"
-  echo "batches of 64 calls. Target: every id under 2 µs (misses in bold)."
+  echo "alone into a fresh message, which comes before any handler. Response: the"
+  echo "handler on the simulator's auto answer, framed into one buffer as"
+  echo "IMS_onResponse does; of which serialisation: sizing and serialising the"
+  echo "finished message alone. Notification: the handler on a record of the id's"
+  echo "class with every field filled, framed. Log lines are formatted, not written."
+  echo "Median of 31 batches of 64 calls. Targets: for a body or message of 1 KiB"
+  echo "or more, what the translation adds beyond the parse or the serialisation at"
+  echo "most a third of it; anything smaller at most 1 µs in all (misses in bold)."
   echo
   $b/translate_bench --markdown --write-seeds "$records" || status=1
-
-  section "Round trip over the socket"
-  echo "The real velard on the simulated stack in auto mode. The floor answers the"
-  echo "same records over the same kind of socket from a bare thread with a frame"
-  echo "of the daemon's size. Targets: throughput at least half the floor's, p99 at"
-  echo "most three times the floor's."
   echo
-  echo "The floor with the daemon's structure makes, without protocol buffers or"
-  echo "dispatch, the system calls and the hand-off that the daemon's own rules fix"
-  echo "for each request: a select before each batch of reads and a read that ends"
-  echo "in EAGAIN, one log line written on the reading thread, the record passed to"
-  echo "a second thread (the stack's) that writes the three log lines of the answer"
-  echo "and sends the frame. Its ratio to the floor bounds what any daemon that"
-  echo "follows those rules can reach here; velard / structure is what velard's own"
-  echo "code costs on top. Server CPU is the answering side's user plus system time"
-  echo "per request."
+  echo "With the thread-caching allocator preloaded:"
   echo
-  $b/socket_bench roundtrip --rounds $rounds --count $rt_count || status=1
+  LD_PRELOAD="$caching" $b/translate_bench --summary || true
 
   section "Cost of a session capture"
   echo "The same round trip straight to velard and through \`velard-host --capture\`:"
@@ -85,6 +105,8 @@ section() { echo; echo "## $1"; echo; }
   echo "after each quarter of the run. Target: growth under 1 MiB."
   echo
   $b/socket_bench memory --records "$records" --count $mem_count || status=1
+  echo
+  echo "Load average (1, 5, 15 min) at the end of the run: $(cut -d' ' -f1-3 /proc/loadavg)."
 } > "$out"
 mkdir -p docs
 cp "$out" docs/benchmarks.md

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs every system package that the build, the tests and the tools need
-# on a fresh Debian machine.
+# on a fresh Debian machine, and any further packages named as arguments
+# (what only the benchmarks use, for one).
 set -euo pipefail
 PKGS=(build-essential cmake ninja-build pkg-config clang libclang-rt-14-dev
       protobuf-compiler libprotobuf-dev nlohmann-json3-dev
@@ -14,7 +15,7 @@ PKGS=(build-essential cmake ninja-build pkg-config clang libclang-rt-14-dev
       # The SELinux policy's check: its compilers and setfiles.
       checkpolicy secilc m4 policycoreutils
       # Decoding session captures with the Wireshark dissector.
-      tshark)
+      tshark "$@")
 missing=()
 for p in "${PKGS[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

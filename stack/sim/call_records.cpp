@@ -1,13 +1,7 @@
 // The provider's side of the call records.
 #include "velar_sim.h"
 
-// The library keeps a port of its own until the framework names one; it is
-// not 0 here, so that a 0 written over it would show.
-CallSetupData::CallSetupData(int recordId,
-                             VELAR_PP_LIST(VELAR_M_PARAM_, ~, VELAR_ARGS_CallSetupData))
-    : ImsData(recordId), VELAR_PP_LIST(VELAR_M_INIT_, ~, VELAR_ARGS_CallSetupData) {
-    mEcscfPort = 5060;
-}
+VELAR_DEFINE_RECORD_CONSTRUCTOR(CallSetupData, VELAR_ARGS_CallSetupData)
 VELAR_DEFINE_RECORD_CONSTRUCTOR(CallAcceptData, VELAR_ARGS_CallAcceptData)
 VELAR_DEFINE_RECORD_CONSTRUCTOR(StartCamera, VELAR_ARGS_StartCamera)
 VELAR_DEFINE_RECORD_CONSTRUCTOR0(StopCamera)
@@ -56,40 +50,3 @@ VELAR_SIM_CLASS(DtmfEventData);
 VELAR_SIM_CLASS(RtpLossRateData);
 VELAR_SIM_CLASS(DialogEventData);
 VELAR_SIM_CLASS(DialogSubscribeStatusData);
-
-// The requests answered at call level; the others get GeneralResponseData.
-VELAR_SIM_AUTO(201, "CallResponseData");
-VELAR_SIM_AUTO(202, "CallResponseData");
-VELAR_SIM_AUTO(203, "CallResponseData");
-VELAR_SIM_AUTO(204, "CallResponseData");
-VELAR_SIM_AUTO(205, "CallResponseData");
-VELAR_SIM_AUTO(206, "CallResponseData");
-VELAR_SIM_AUTO(209, "CallResponseData");
-VELAR_SIM_AUTO(214, "CallResponseData");
-VELAR_SIM_AUTO(216, "CallResponseData");
-VELAR_SIM_AUTO(217, "CallResponseData");
-VELAR_SIM_AUTO(218, "CallResponseData");
-VELAR_SIM_AUTO(219, "CallResponseData");
-VELAR_SIM_AUTO(220, "CallResponseData");
-VELAR_SIM_AUTO(221, "CallResponseData");
-VELAR_SIM_AUTO(222, "CallResponseData");
-VELAR_SIM_AUTO(224, "CallResponseData");
-
-// The class each notification id of this family comes up with.
-VELAR_SIM_NOTIFY(10004, "CallStatusData");
-VELAR_SIM_NOTIFY(10011, "ModifyCallData");
-VELAR_SIM_NOTIFY(10005, "IncomingCallData");
-VELAR_SIM_NOTIFY(10014, "ModifyVideoData");
-VELAR_SIM_NOTIFY(10015, "VideoEventData");
-VELAR_SIM_NOTIFY(10016, "DedicatedBearerData");
-VELAR_SIM_NOTIFY(10017, "RrcConnectionData");
-VELAR_SIM_NOTIFY(10012, "CdpnInfoData");
-VELAR_SIM_NOTIFY(10006, "ConfCallChangedData");
-VELAR_SIM_NOTIFY(10008, "ReferReceivedData");
-VELAR_SIM_NOTIFY(10009, "ReferStatusData");
-VELAR_SIM_NOTIFY(10010, "RouteTableData");
-VELAR_SIM_NOTIFY(10020, "PrimitiveData<int>");
-VELAR_SIM_NOTIFY(10021, "DtmfEventData");
-VELAR_SIM_NOTIFY(10022, "RtpLossRateData");
-VELAR_SIM_NOTIFY(20005, "DialogEventData");
-VELAR_SIM_NOTIFY(20008, "DialogSubscribeStatusData");

@@ -62,10 +62,3 @@ VELAR_SIM_CLASS(PresencePublishStatusData);
 VELAR_SIM_CLASS(PresenceNotifyData);
 VELAR_SIM_CLASS(PresenceSubscribeStatusData);
 VELAR_SIM_CLASS(OptionsReceivedData);
-
-// The class each notification id of this family comes up with.
-VELAR_SIM_NOTIFY(13002, "PresencePublishStatusData");
-VELAR_SIM_NOTIFY(13003, "PresencePublishStatusData");
-VELAR_SIM_NOTIFY(13004, "PresenceSubscribeStatusData");
-VELAR_SIM_NOTIFY(13001, "PresenceNotifyData");
-VELAR_SIM_NOTIFY(15001, "OptionsReceivedData");

@@ -51,23 +51,3 @@ VELAR_SIM_CLASS(SipDialogResponseData);
 VELAR_SIM_CLASS(SipMessageData);
 VELAR_SIM_CLASS(DumpMessageData);
 VELAR_SIM_CLASS(EcholocateData);
-
-// A new user agent is named by its profile: the handle of the answer to 102
-// is the profileId the client asked for.
-VELAR_SIM_AUTO(102, "GeneralResponseData", "profileId");
-// Request 109 names its user agent by the pair's first value.
-VELAR_SIM_AUTO(109, "GeneralResponseData", "first");
-VELAR_SIM_AUTO(1200, "SipDialogResponseData");
-
-// The class each notification id of this family comes up with.
-VELAR_SIM_NOTIFY(10001, "RegiStatusData");
-VELAR_SIM_NOTIFY(10002, "RegiAuth");
-VELAR_SIM_NOTIFY(20007, "DnsResponseData");
-VELAR_SIM_NOTIFY(10013, "SubscribeStatusData");
-VELAR_SIM_NOTIFY(10007, "RegInfoData");
-VELAR_SIM_NOTIFY(10003, "SipMessageData");
-VELAR_SIM_NOTIFY(20001, "AlarmData");
-VELAR_SIM_NOTIFY(20009, "EcholocateData");
-VELAR_SIM_NOTIFY(20010, "DumpMessageData");
-VELAR_SIM_NOTIFY(10023, "RegiStatusData");
-VELAR_SIM_NOTIFY(20006, "X509VerifyData");

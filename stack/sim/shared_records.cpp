@@ -29,9 +29,3 @@ VELAR_SIM_CLASS(TupleData<int, std::string>);
 VELAR_SIM_CLASS(CallSessionId);
 VELAR_SIM_CLASS(AdditionalContents);
 VELAR_SIM_CLASS(GeneralResponseData);
-
-// Request 103 names its user agent by its one value.
-VELAR_SIM_AUTO(103, "GeneralResponseData", "value");
-
-// Notification 20002 brings the alarm's id as one value.
-VELAR_SIM_NOTIFY(20002, "PrimitiveData<int>");

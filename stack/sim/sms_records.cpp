@@ -35,10 +35,3 @@ VELAR_SIM_CLASS(SmsReceiveResponse);
 VELAR_SIM_CLASS(SmsResponseData);
 VELAR_SIM_CLASS(SmsRpAckData);
 VELAR_SIM_CLASS(ReceiveSmsData);
-
-// A message sent is answered with its own record, naming the same handle.
-VELAR_SIM_AUTO(401, "SmsResponseData");
-
-// The class each notification id of this family comes up with.
-VELAR_SIM_NOTIFY(20003, "SmsRpAckData");
-VELAR_SIM_NOTIFY(20004, "ReceiveSmsData");

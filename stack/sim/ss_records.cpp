@@ -25,16 +25,3 @@ VELAR_SIM_CLASS(SSBarrInfoResult);
 VELAR_SIM_CLASS(SSFlagInfoResult);
 VELAR_SIM_CLASS(SSGenKeyData);
 VELAR_SIM_CLASS(XCapMessageData);
-
-// The Get requests are answered with their own result records; the Set and
-// maintenance requests with GeneralResponseData (the default).
-VELAR_SIM_AUTO(301, "SSDivInfoResult");
-VELAR_SIM_AUTO(302, "SSBarrInfoResult");
-VELAR_SIM_AUTO(303, "SSBarrInfoResult");
-VELAR_SIM_AUTO(304, "SSFlagInfoResult");
-VELAR_SIM_AUTO(305, "SSFlagInfoResult");
-VELAR_SIM_AUTO(310, "SSFlagInfoResult");
-
-// The class each notification id of this family comes up with.
-VELAR_SIM_NOTIFY(10018, "XCapMessageData");
-VELAR_SIM_NOTIFY(10019, "SSGenKeyData");

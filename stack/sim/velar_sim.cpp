@@ -17,6 +17,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdlib>
+#include <cstring>
 #include <deque>
 #include <mutex>
 #include <thread>
@@ -87,8 +88,6 @@ namespace {
 struct Registry {
     std::unordered_map<std::string, ClassInfo> byName;
     std::unordered_map<std::type_index, const ClassInfo*> byType;
-    std::unordered_map<int, AutoAnswer> autoAnswers;
-    std::unordered_map<int, std::string> notifyClasses;
 };
 
 // Never destroyed: stack threads may still be at work while the process exits.
@@ -127,38 +126,22 @@ std::vector<std::string> classNames() {
     return names;
 }
 
-void registerNotifyClass(int notifyId, const char* className) {
-    registry().notifyClasses[notifyId] = className;
-}
-
-const char* notifyClass(int notifyId) {
-    auto& classes = registry().notifyClasses;
-    auto it = classes.find(notifyId);
-    return it == classes.end() ? nullptr : it->second.c_str();
-}
-
-void registerAutoAnswer(const AutoAnswer& answer) {
-    registry().autoAnswers[answer.requestId] = answer;
-}
-
 namespace {
 // The members that an answer repeats from its request (the user agent and
 // the call), each under the two spellings that record classes use.
 const char* const kCopiedNames[2][2] = {{"handle", "mHandle"}, {"session", "mSession"}};
+// The flags by which an answer says that it succeeded. Numbers that say so
+// (results, error codes and types) say it with 0, as a fresh record holds.
+const char* const kSuccessFlags[] = {"success"};
 }  // namespace
 
 AutoPlan planAutoAnswer(ImsData* request) {
     AutoPlan plan;
     plan.requestId = request->GetId();
-    const char* cls = "GeneralResponseData";
-    const char* handleFrom = nullptr;
-    auto& answers = registry().autoAnswers;
-    auto it = answers.find(plan.requestId);
-    if (it != answers.end()) {
-        cls = it->second.responseClass;
-        handleFrom = it->second.handleFrom;
-    }
-    if (cls == nullptr) return plan;
+    const HandlerClass* row = handlerClass(Way::kAnswer, plan.requestId);
+    if (row == nullptr) return plan;
+    const char* cls = row->className;
+    const char* handleFrom = row->handleFrom;
     plan.answerClass = findClass(cls);
     if (plan.answerClass == nullptr || plan.answerClass->decode == nullptr) {
         SIM_LOG(ANDROID_LOG_ERROR, "no answer class %s for request %d", cls, plan.requestId);
@@ -185,6 +168,7 @@ ImsData* buildAutoAnswer(const AutoPlan& plan) {
     const ClassInfo* out = plan.answerClass;
     ImsData* answer = out->decode(Json::object());
     answer->SetId(plan.requestId);
+    for (const char* flag : kSuccessFlags) out->setFlag(answer, flag, true);
     for (int i = 0; i < 2; i++) {
         if (!plan.copied[i].found) continue;
         long long v = plan.copied[i].value;
@@ -297,6 +281,29 @@ using velar_sim::Json;
 
 IMS_Env* s_env = nullptr;
 
+// A record goes to the daemon only in the class that the daemon's handler for
+// its id reads: no real stack sends another, and the daemon makes no check of
+// its own. An id without a handler passes, since the daemon reports those.
+bool ofHandlersClass(velar_sim::Way way, ImsData* record, std::string* error) {
+    const char* expected = way == velar_sim::Way::kAnswer ? velar_sim::answerClass(record->GetId())
+                                                          : velar_sim::notifyClass(record->GetId());
+    const velar_sim::ClassInfo* info = velar_sim::findClass(typeid(*record));
+    if (expected == nullptr || (info != nullptr && std::strcmp(info->name, expected) == 0))
+        return true;
+    *error = std::string(way == velar_sim::Way::kAnswer ? "response" : "notify") + " record " +
+             std::to_string(record->GetId()) + " must be of class " + expected + ", not " +
+             (info != nullptr ? info->name : "?");
+    return false;
+}
+
+// Builds a record that goes up; null with *error set when it cannot be
+// built or is not of its handler's class.
+ImsData* recordForDaemon(velar_sim::Way way, const Json& json, std::string* error) {
+    std::unique_ptr<ImsData> record(velar_sim::recordFromJson(json, error));
+    if (record && !ofHandlersClass(way, record.get(), error)) record.reset();
+    return record.release();
+}
+
 // Auto mode: one stack thread answers the requests in order. Never
 // destroyed, since that thread waits on it while the process exits.
 //
@@ -372,7 +379,7 @@ void autoThread() {
         }
         for (const Json& record : scriptFor(requestId)) {
             std::string error;
-            std::unique_ptr<ImsData> n(velar_sim::recordFromJson(record, &error));
+            std::unique_ptr<ImsData> n(recordForDaemon(velar_sim::Way::kNotify, record, &error));
             if (n)
                 s_env->onNotify(n.get());
             else
@@ -384,17 +391,29 @@ void autoThread() {
 // Controlled mode.
 int s_controlFd = -1;
 std::mutex& s_controlWriteMutex = *new std::mutex;
+// Set once the controller has gone away. A stack never ends the daemon: from
+// then on it keeps the requests it gets to itself, as a stack that lost its
+// network would, and the daemon lives on while its client does.
+std::atomic<bool> s_controllerGone{false};
+
+void controllerGone() {
+    if (!s_controllerGone.exchange(true))
+        SIM_LOG(ANDROID_LOG_ERROR, "control channel closed: requests go unanswered from now on");
+}
 
 void controlWrite(const Json& j) {
+    if (s_controllerGone.load()) return;
     std::string line = j.dump(-1, ' ', false, Json::error_handler_t::replace);
     line.push_back('\n');
     std::lock_guard<std::mutex> lock(s_controlWriteMutex);
     size_t off = 0;
     while (off < line.size()) {
-        ssize_t n = write(s_controlFd, line.data() + off, line.size() - off);
+        // Not write(2): a controller that closed its end must not raise
+        // SIGPIPE in the daemon's process.
+        ssize_t n = send(s_controlFd, line.data() + off, line.size() - off, MSG_NOSIGNAL);
         if (n < 0 && errno == EINTR) continue;
         if (n <= 0) {
-            SIM_LOG(ANDROID_LOG_ERROR, "control channel write failed errno: %d", errno);
+            controllerGone();
             return;
         }
         off += static_cast<size_t>(n);
@@ -432,7 +451,11 @@ void carryOut(const Json& msg) {
             }
         }
         auto rec = msg.find("record");
-        ImsData* record = rec == msg.end() ? nullptr : velar_sim::recordFromJson(*rec, &error);
+        ImsData* record = rec == msg.end()
+                              ? nullptr
+                              : recordForDaemon(type == "response" ? velar_sim::Way::kAnswer
+                                                                   : velar_sim::Way::kNotify,
+                                                *rec, &error);
         if (record == nullptr) {
             sendError(seq, rec == msg.end() ? "record: missing" : error);
             return;
@@ -462,7 +485,7 @@ void carryOut(const Json& msg) {
             sendError(seq, "burst: needs a record, 1 to 64 threads and a count");
             return;
         }
-        std::unique_ptr<ImsData> probe(velar_sim::recordFromJson(*rec, &error));
+        std::unique_ptr<ImsData> probe(recordForDaemon(velar_sim::Way::kNotify, *rec, &error));
         if (!probe) {
             sendError(seq, error);
             return;
@@ -487,7 +510,8 @@ void carryOut(const Json& msg) {
                 }
                 auto r = entry.find("record");
                 std::unique_ptr<ImsData> record(
-                    r == entry.end() ? nullptr : velar_sim::recordFromJson(*r, &error));
+                    r == entry.end() ? nullptr
+                                     : recordForDaemon(velar_sim::Way::kAnswer, *r, &error));
                 if (!record) {
                     sendError(seq, r == entry.end() ? "burst: response without a record" : error);
                     return;
@@ -544,9 +568,7 @@ void controlReader() {
         ssize_t n = read(s_controlFd, chunk, sizeof chunk);
         if (n < 0 && errno == EINTR) continue;
         if (n <= 0) {
-            // The controller is gone; the stack goes quiet, as a stack that
-            // lost its network would. The daemon lives on while its client does.
-            SIM_LOG(ANDROID_LOG_INFO, "control channel closed");
+            controllerGone();
             return;
         }
         buffer.append(chunk, static_cast<size_t>(n));
@@ -612,6 +634,10 @@ int Velar::OnRequest(unsigned int token, ImsData* data) {
     if (data == nullptr) return -1;
     velar_sim::tapRequest(token, data);
     if (s_controlFd >= 0) {
+        if (s_controllerGone.load()) {
+            delete data;
+            return 0;
+        }
         Json j = Json::object();
         j["type"] = "request";
         j["token"] = token;

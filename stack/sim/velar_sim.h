@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "../velar.h"
+#include "handler_classes.h"
 #include "json_codec.h"
 
 namespace velar_sim {
@@ -25,6 +26,11 @@ struct ClassInfo {
     // without fields. Differs from encode for classes that go both ways
     // (PrimitiveData<int> goes down as "args" and comes up as "fields").
     Json (*encodeUp)(ImsData* record, const char* name) = nullptr;
+    // A record as its default constructor leaves it; null for classes built
+    // only through their constructor's arguments.
+    ImsData* (*fresh)() = nullptr;
+    // Sets a bool member by name; false when there is none.
+    bool (*setFlag)(ImsData* record, const char* name, bool value) = nullptr;
 };
 
 void registerClass(const ClassInfo& info);
@@ -33,23 +39,10 @@ const ClassInfo* findClass(const std::type_info& type);
 // Every registered class name, in ascending order.
 std::vector<std::string> classNames();
 
-// The class of the record that the stack hands up with a notification id.
-// The daemon never needs it (the id selects the handler); tools that build a
-// representative notification of every id (benchmarks, fuzz seeds) do.
-void registerNotifyClass(int notifyId, const char* className);
-// The registered class name, or null.
-const char* notifyClass(int notifyId);
-
-// How auto mode answers a request of a given id. Requests whose id has no
-// entry are answered with GeneralResponseData.
-struct AutoAnswer {
-    int requestId;
-    const char* responseClass;  // null: the request has no response
-    // The request's member that names the user agent, where it is not called
-    // handle (a PrimitiveData<int> carries it as its value).
-    const char* handleFrom = nullptr;
-};
-void registerAutoAnswer(const AutoAnswer& answer);
+// Auto mode answers a request with a success record of the class that the
+// daemon's handler for its id reads (handler_classes.h), repeating the
+// request's user agent and call; an id that no handler reads gets nothing.
+//
 // What auto mode takes from a request to answer it, so that the request can
 // be released at once: the answer's class (null: no answer) and the handle
 // and session that the answer repeats.
@@ -101,6 +94,9 @@ struct Registrar {
                 return j;
             };
         }
+        if constexpr (std::is_default_constructible_v<T>)
+            info.fresh = []() -> ImsData* { return new T(); };
+        info.setFlag = &setFlagOf;
         if constexpr (std::is_default_constructible_v<T> && codec::HasFields<T>::value) {
             info.decode = [](const Json& fields) -> ImsData* {
                 auto r = std::make_unique<T>();
@@ -111,14 +107,18 @@ struct Registrar {
         registerClass(info);
     }
 
-    struct IntAccess {
+    // Reads or writes the first member of that name among the integers
+    // (Flag false, bools excluded) or the bools (Flag true).
+    template <bool Flag>
+    struct MemberAccess {
         const char* name;
         long long value;
         bool write;
         bool found = false;
         template <class X>
         void operator()(const char* n, X& v) {
-            if constexpr (std::is_integral_v<X> && !std::is_same_v<X, bool>) {
+            constexpr bool isBool = std::is_same_v<X, bool>;
+            if constexpr (Flag ? isBool : std::is_integral_v<X> && !isBool) {
                 if (!found && std::strcmp(n, name) == 0) {
                     found = true;
                     if (write)
@@ -131,7 +131,8 @@ struct Registrar {
         template <class A>
         void call(const char*, A&) {}
     };
-    static bool access(ImsData* r, IntAccess& a) {
+    template <class A>
+    static bool access(ImsData* r, A& a) {
         T* t = static_cast<T*>(r);
         if constexpr (codec::HasArgs<T>::value) t->velarArgs(a);
         if constexpr (codec::HasMembers<T>::value) t->velarMembers(a);
@@ -139,13 +140,17 @@ struct Registrar {
         return a.found;
     }
     static bool getIntOf(ImsData* r, const char* name, long long* value) {
-        IntAccess a{name, 0, false};
+        MemberAccess<false> a{name, 0, false};
         if (!access(r, a)) return false;
         *value = a.value;
         return true;
     }
     static bool setIntOf(ImsData* r, const char* name, long long value) {
-        IntAccess a{name, value, true};
+        MemberAccess<false> a{name, value, true};
+        return access(r, a);
+    }
+    static bool setFlagOf(ImsData* r, const char* name, bool value) {
+        MemberAccess<true> a{name, value ? 1 : 0, true};
         return access(r, a);
     }
 };
@@ -158,16 +163,3 @@ struct Registrar {
     static const ::velar_sim::Registrar<__VA_ARGS__> VELAR_PP_CAT(velarSimClass_, __LINE__) { \
 #__VA_ARGS__                                                                          \
     }
-
-// The record class (by its registered name) that comes up with this
-// notification id: VELAR_SIM_NOTIFY(10004, "CallStatusData").
-#define VELAR_SIM_NOTIFY(id, className)                                          \
-    [[maybe_unused]] static const bool VELAR_PP_CAT(velarSimNotify_, __LINE__) = \
-        (::velar_sim::registerNotifyClass(id, className), true)
-
-// Auto mode answers requests of this id with a success record of this class
-// (by its registered name), or with nothing when the class is null.
-// A third argument names the request member that holds the handle.
-#define VELAR_SIM_AUTO(...)                                                    \
-    [[maybe_unused]] static const bool VELAR_PP_CAT(velarSimAuto_, __LINE__) = \
-        (::velar_sim::registerAutoAnswer(::velar_sim::AutoAnswer{__VA_ARGS__}), true)

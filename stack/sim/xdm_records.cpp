@@ -27,20 +27,3 @@ VELAR_SIM_CLASS(XdmGbaRequestData);
 VELAR_SIM_CLASS(XdmAuthData);
 VELAR_SIM_CLASS(XdmStoreGbaKeyData);
 VELAR_SIM_CLASS(XdmContactListData);
-
-// Every XDM request is answered with the XDM answer record.
-VELAR_SIM_AUTO(801, "XdmResponseData");
-VELAR_SIM_AUTO(802, "XdmResponseData");
-VELAR_SIM_AUTO(803, "XdmResponseData");
-VELAR_SIM_AUTO(804, "XdmResponseData");
-VELAR_SIM_AUTO(805, "XdmResponseData");
-VELAR_SIM_AUTO(806, "XdmResponseData");
-VELAR_SIM_AUTO(807, "XdmResponseData");
-VELAR_SIM_AUTO(808, "XdmResponseData");
-
-// The class each notification id of this family comes up with.
-VELAR_SIM_NOTIFY(14001, "XdmGbaRequestData");
-VELAR_SIM_NOTIFY(14002, "XdmAuthData");
-VELAR_SIM_NOTIFY(14003, "XdmStoreGbaKeyData");
-VELAR_SIM_NOTIFY(14004, "XdmContactListData");
-VELAR_SIM_NOTIFY(14005, "XdmContactListData");

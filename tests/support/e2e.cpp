@@ -282,6 +282,11 @@ Json Daemon::control(Json message) {
     }
 }
 
+void Daemon::closeController() {
+    if (control_ >= 0) close(control_);
+    control_ = -1;
+}
+
 namespace {
 void expectDone(const Json& answer) {
     if (answer.value("type", "") != "done")

@@ -69,6 +69,8 @@ public:
     void config(const Json& settings);
     // Sends a raw control line; returns the simulator's answer to seq.
     Json control(Json message);
+    // The controller goes away (the daemon and its client stay).
+    void closeController();
 
     // The process.
     pid_t pid() const { return pid_; }

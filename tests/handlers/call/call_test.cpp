@@ -43,10 +43,11 @@ TEST(CallRequests, EdgesReachTheStackAsTheirRecords) {
         const char* expected;
     };
     const Case cases[] = {
-        // A port of 0 leaves the library's own.
+        // A port of 0 leaves the library's own (0 in this one); any other
+        // port is written over it.
         {201, [](Request&) {},
          R"({"class":"CallSetupData","id":201,"args":)" EMPTY_CALL_ARGS
-         R"(,"members":{"mEcscfList":[],"mEcscfPort":5060}})"},
+         R"(,"members":{"mEcscfList":[],"mEcscfPort":0}})"},
         {201, [](Request& r) { r.mutable_requestmakecall()->set_ecscfport(-1); },
          R"({"class":"CallSetupData","id":201,"args":)" EMPTY_CALL_ARGS
          R"(,"members":{"mEcscfList":[],"mEcscfPort":-1}})"},
