@@ -2,8 +2,8 @@
 // itself so that the page cannot drift from it. For every request id: the
 // record the stack receives (found by running the daemon's dispatch handler
 // on an empty request against the simulated stack) and the class its answer
-// must have (the simulated stack's own table); for every notification id:
-// the class of its record.
+// must have and the class of each notification's record (the simulated
+// stack's table of the classes the daemon's handlers read).
 //
 //   controller_table                 prints the tables
 //   controller_table --check PAGE    fails when PAGE's generated part differs
@@ -52,10 +52,8 @@ std::string className(ImsData* record) {
     return record ? velar_sim::recordToJson(record).value("class", std::string()) : std::string();
 }
 
-std::string answerClass(ImsData* request) {
-    if (request == nullptr) return "GeneralResponseData";
-    velar_sim::AutoPlan plan = velar_sim::planAutoAnswer(request);
-    return plan.answerClass ? plan.answerClass->name : std::string();
+std::string cls(const char* name) {
+    return name ? name : "";
 }
 
 std::string code(const std::string& name) {
@@ -78,7 +76,7 @@ std::string tables() {
         std::unique_ptr<ImsData> record = dispatchEmpty(id);
         out << "| " << id << " | " << idName(id) << " | "
             << (record ? code(className(record.get())) : "nothing: the daemon drops it") << " | "
-            << code(answerClass(record.get())) << " |\n";
+            << code(cls(velar_sim::answerClass(id))) << " |\n";
     }
     out << "\n| Notification | Name | Record |\n|---|---|---|\n";
     ids.clear();
@@ -86,8 +84,8 @@ std::string tables() {
         if (s_notifications[i].notifyNumber != 0) ids.push_back(s_notifications[i].notifyNumber);
     std::sort(ids.begin(), ids.end());
     for (int id : ids) {
-        const char* cls = velar_sim::notifyClass(id);
-        out << "| " << id << " | " << idName(id) << " | " << code(cls ? cls : "") << " |\n";
+        out << "| " << id << " | " << idName(id) << " | " << code(cls(velar_sim::notifyClass(id)))
+            << " |\n";
     }
     return out.str();
 }
