@@ -37,19 +37,25 @@ std::unique_ptr<ImsData> filledRecord(const char* cls, int id) {
 
 int main() {
     ImsFillDispatchMaps();
-    for (size_t i = 1; i < s_commandCount; i++) {
-        int id = s_commands[i].requestNumber;
-        auto record = filledRecord(velar_sim::answerClass(id), id);
+    for (size_t i = 1; i < s_commandCount + s_notificationCount - 1; i++) {
+        bool answer = i < s_commandCount;
+        int id = answer ? s_commands[i].requestNumber
+                        : s_notifications[i - s_commandCount + 1].notifyNumber;
+        auto record =
+            filledRecord(answer ? velar_sim::answerClass(id) : velar_sim::notifyClass(id), id);
         if (!record) return 1;
-        auto [rc, response] = velard_test::respond(record.get());
-        printf("response %d %d x%s\n", id, rc, hex(response.SerializePartialAsString()).c_str());
-    }
-    for (size_t i = 1; i < s_notificationCount; i++) {
-        int id = s_notifications[i].notifyNumber;
-        auto record = filledRecord(velar_sim::notifyClass(id), id);
-        if (!record) return 1;
-        auto [rc, notify] = velard_test::notify(record.get());
-        printf("notify %d %d x%s\n", id, rc, hex(notify.SerializePartialAsString()).c_str());
+        std::string bytes;
+        int rc = 0;
+        if (answer) {
+            auto [result, message] = velard_test::respond(record.get());
+            rc = result;
+            bytes = message.SerializePartialAsString();
+        } else {
+            auto [result, message] = velard_test::notify(record.get());
+            rc = result;
+            bytes = message.SerializePartialAsString();
+        }
+        printf("%s %d %d x%s\n", answer ? "response" : "notify", id, rc, hex(bytes).c_str());
     }
     return 0;
 }
