@@ -21,9 +21,8 @@
 //                                     construction
 //
 // Lists that a constructor or setter shares with its definition in the
-// provider are named VELAR_ARGS_<Class> / VELAR_ARGS_<Class>_<Setter>, and the
-// provider defines the function with VELAR_DEFINE_CONSTRUCTOR,
-// VELAR_DEFINE_RECORD_CONSTRUCTOR or VELAR_DEFINE_SETTER from the same list.
+// provider are named VELAR_ARGS_<Class> / VELAR_ARGS_<Class>_<Setter>, so that
+// the provider defines the function from the same list.
 #pragma once
 
 #include <cstring>
@@ -42,8 +41,6 @@
 #define VELAR_M_STORE_(c, pair) std::decay_t<VELAR_PAIR_TYPE pair> VELAR_PAIR_NAME pair;
 #define VELAR_M_PARAM_(c, pair) VELAR_PAIR_TYPE pair VELAR_PAIR_NAME pair
 #define VELAR_M_VISIT_(c, pair) v(VELAR_STR(VELAR_PAIR_NAME pair), VELAR_PAIR_NAME pair);
-#define VELAR_M_FWD_(c, pair) std::forward<VELAR_PAIR_TYPE pair>(VELAR_PAIR_NAME pair)
-#define VELAR_M_INIT_(c, pair) VELAR_PAIR_NAME pair(VELAR_M_FWD_(c, pair))
 #define VELAR_M_CALL_(entry, Setter) \
     if (std::strcmp(entry, #Setter) == 0) v.call(#Setter, velar_##Setter);
 
@@ -103,22 +100,4 @@
         for (const char* entry : velarCallLog) {                   \
             VELAR_PP_EACH(VELAR_M_CALL_, entry, __VA_ARGS__)       \
         }                                                          \
-    }
-
-// Provider side.
-#define VELAR_DEFINE_CONSTRUCTOR(Class, ...)                      \
-    Class::Class(VELAR_PP_LIST(VELAR_M_PARAM_, ~, __VA_ARGS__))   \
-        : VELAR_PP_LIST(VELAR_M_INIT_, ~, __VA_ARGS__) {}
-
-#define VELAR_DEFINE_RECORD_CONSTRUCTOR(Class, ...)                                \
-    Class::Class(int recordId, VELAR_PP_LIST(VELAR_M_PARAM_, ~, __VA_ARGS__))      \
-        : ImsData(recordId), VELAR_PP_LIST(VELAR_M_INIT_, ~, __VA_ARGS__) {}
-
-#define VELAR_DEFINE_RECORD_CONSTRUCTOR0(Class) \
-    Class::Class(int recordId) : ImsData(recordId) {}
-
-#define VELAR_DEFINE_SETTER(Class, Setter, ...)                                        \
-    void Class::Setter(VELAR_PP_LIST(VELAR_M_PARAM_, ~, __VA_ARGS__)) {                \
-        velar_##Setter = Setter##_args{VELAR_PP_LIST(VELAR_M_FWD_, ~, __VA_ARGS__)};   \
-        velarCallLog.push_back(#Setter);                                               \
     }

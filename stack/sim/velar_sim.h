@@ -10,6 +10,7 @@
 #include "../velar.h"
 #include "handler_classes.h"
 #include "json_codec.h"
+#include "record_definitions.h"
 
 namespace velar_sim {
 
