@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "handlers/record_head.h"
+#include "handlers/common/record_head.h"
 #include "imsCommonStruc.pb.h"
 #include "stack/velar.h"
 

@@ -10,7 +10,7 @@ namespace {
 
 // A new conference (209) and a call extended to one (222) carry the same
 // body; only the record id tells the stack which it is.
-void SendConfCallSetup(uint32_t token, int id, imsCommonStruc::Request& request) {
+void SendConfCallSetup(uint32_t token, imsCommonStruc::Request& request) {
     const auto body = TakeBody(request.mutable_requestmakeconfcall());
     std::vector<int> sessions;
     for (int session : body.sessionid()) {
@@ -19,8 +19,8 @@ void SendConfCallSetup(uint32_t token, int id, imsCommonStruc::Request& request)
     }
     std::vector<std::string> participants(body.participants().begin(), body.participants().end());
     s_velar->OnRequest(
-        token, new ConfCallSetupData(id, static_cast<int>(body.handle()), body.confuri(),
-                                     static_cast<int>(body.calltype()),
+        token, new ConfCallSetupData(request.reqid(), static_cast<int>(body.handle()),
+                                     body.confuri(), static_cast<int>(body.calltype()),
                                      static_cast<int>(body.conftype()), body.eventsubscribe(),
                                      body.dialogtype(), body.origuri(), body.referuritype(),
                                      body.referuriasserted(), body.useanonymousupdate(), sessions,
@@ -31,18 +31,18 @@ void SendConfCallSetup(uint32_t token, int id, imsCommonStruc::Request& request)
 
 IMS_DISPATCH(DispatchMakeConfCall) {
     IMS_LOGI("%s()", __func__);
-    SendConfCallSetup(token, 209, request);
+    SendConfCallSetup(token, request);
 }
 
 IMS_DISPATCH(DispatchExtendToConference) {
     IMS_LOGI("%s()", __func__);
-    SendConfCallSetup(token, 222, request);
+    SendConfCallSetup(token, request);
 }
 
 IMS_DISPATCH(DispatchUpdateConfCall) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestupdateconfcall());
-    s_velar->OnRequest(token, new ConfCallUpdateSession(215, body.session(), body.cmd(),
+    s_velar->OnRequest(token, new ConfCallUpdateSession(request.reqid(), body.session(), body.cmd(),
                                                         body.participantid(), body.participant()));
 }
 
@@ -50,7 +50,7 @@ IMS_DISPATCH(DispatchUpdateConfCall) {
 IMS_DISPATCH(DispatchTransferCall) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requesttransfercall());
-    auto* record = ims_call::NewRecord<CallTransferData>(212);
+    auto* record = ims_call::NewRecord<CallTransferData>(request.reqid());
     record->mHandle = static_cast<int>(body.handle());
     record->mSession = static_cast<int>(body.session());
     record->mExtraText = std::string();
@@ -62,7 +62,7 @@ IMS_DISPATCH(DispatchTransferCall) {
 IMS_DISPATCH(DispatchAcceptTransferCall) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestaccepttransfercall());
-    auto* record = ims_call::NewRecord<AcceptTransferData>(213);
+    auto* record = ims_call::NewRecord<AcceptTransferData>(request.reqid());
     record->mSession = static_cast<int>(body.session());
     record->mAccept = body.accept();
     record->mStatusCode = static_cast<int>(body.statuscode());
@@ -73,7 +73,7 @@ IMS_DISPATCH(DispatchAcceptTransferCall) {
 IMS_DISPATCH(DispatchCancelTransferCall) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestcanceltransfercall());
-    auto* record = ims_call::NewRecord<CancelCallTransferData>(227);
+    auto* record = ims_call::NewRecord<CancelCallTransferData>(request.reqid());
     record->mHandle = static_cast<int>(body.handle());
     record->mSession = static_cast<int>(body.session());
     s_velar->OnRequest(token, record);
@@ -82,7 +82,7 @@ IMS_DISPATCH(DispatchCancelTransferCall) {
 IMS_DISPATCH(DispatchPullingCall) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestpullingcall());
-    auto* record = ims_call::NewRecord<CallPullingData>(224);
+    auto* record = ims_call::NewRecord<CallPullingData>(request.reqid());
     record->mHandle = static_cast<int>(body.handle());
     record->mPullingUri = body.pullinguri();
     record->mTargetUri = body.targeturi();

@@ -9,7 +9,7 @@
 
 #include "handlers/handlers.h"
 #include "handlers/messaging/protobuf_data_translation.h"
-#include "handlers/record_head.h"
+#include "handlers/common/record_head.h"
 
 using namespace protobuf_data_translation;
 
@@ -91,14 +91,14 @@ IMS_DISPATCH(DispatchFTStartSession) {
     report.spamDate = body.reportdata().spamdate();
 
     s_velar->OnRequest(
-        token, new FtStartSessionData(550, static_cast<int>(body.registrationhandle()), session,
-                                      std::move(payload), report));
+        token, new FtStartSessionData(request.reqid(), static_cast<int>(body.registrationhandle()),
+                                      session, std::move(payload), report));
 }
 
 IMS_DISPATCH(DispatchFTAcceptSession) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestacceptftsession());
-    auto* record = new RequestAcceptFtSession(553);
+    auto* record = new RequestAcceptFtSession(request.reqid());
     record->handle = body.sessionhandle();
     record->start = body.start();
     record->end = body.end();
@@ -124,7 +124,7 @@ IMS_DISPATCH(DispatchFTCancelSession) {
 
 IMS_NOTIFY(NotifyFtProgress) {
     IMS_LOGV("%s()", "NotifyFtProgress");
-    const auto* record = NotifyRecord<FtProgressData>(notify, data);
+    const auto* record = RecordOf<FtProgressData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_ftprogress();
     body->set_sessionhandle(record->handle);
@@ -140,19 +140,15 @@ IMS_NOTIFY(NotifyFtProgress) {
 IMS_NOTIFY(PrepareNotifyFtIncomingSession) {
     const std::string name =
         methodName("int PrepareNotifyFtIncomingSession(imsCommonStruc::Notify&, ImsData*)");
-    if (data == nullptr) {
-        IMS_LOGE("%s: invalid response: NULL", name.c_str());
-        return -1;
-    }
+    const auto* record = RecordOf<FtIncomingData>(notify, data, {kNullRecord, name.c_str()});
+    if (record == nullptr) return -1;
     if (logLevel > 1) IMS_LOGD("%s: reqId = %d", name.c_str(), data->GetId());
-    auto* record = static_cast<FtIncomingData*>(data);
     // The stack promises a payload; should one ever be missing, the client
     // still learns of the offer, with an empty description.
     static const FtPayload kNoPayload{};
     const FtPayload& payload = record->payload != nullptr ? *record->payload : kNoPayload;
     const FtSessionParam& session = record->session;
 
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
     auto* body = notify.mutable_ftincomingsession();
     auto* wireSession = body->mutable_session();
     wireSession->set_sessionhandle(session.sessionHandle);

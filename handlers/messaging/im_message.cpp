@@ -5,7 +5,7 @@
 
 #include "handlers/handlers.h"
 #include "handlers/messaging/protobuf_data_translation.h"
-#include "handlers/record_head.h"
+#include "handlers/common/record_head.h"
 
 IMS_DISPATCH(DispatchIMSendMessage) {
     IMS_LOGI("%s()", __func__);
@@ -25,7 +25,7 @@ IMS_DISPATCH(DispatchIMSendMessage) {
     message->extraFt = param.extraft();
     message->ccParticipants.assign(param.ccparticipants().begin(), param.ccparticipants().end());
 
-    auto* record = new RequestSendImMessage(504);
+    auto* record = new RequestSendImMessage(request.reqid());
     record->handle = body.sessiondata().sessionhandle();
     record->message = message;
     s_velar->OnRequest(token, record);
@@ -34,7 +34,7 @@ IMS_DISPATCH(DispatchIMSendMessage) {
 IMS_DISPATCH(DispatchIMSendComposingStatus) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestsendimcomposingstatus());
-    auto* record = new RequestSendImComposingStatus(505);
+    auto* record = new RequestSendImComposingStatus(request.reqid());
     record->handle = body.sessionid();
     record->status.contentType = body.status().contenttype();
     record->status.interval = body.status().interval();
@@ -63,7 +63,7 @@ IMS_DISPATCH(DispatchIMSendNotiStatus) {
     }
 
     // Statuses 0 and 1 have the same numbers on both sides.
-    auto* record = new RequestSendImNotiStatus(506);
+    auto* record = new RequestSendImNotiStatus(request.reqid());
     record->handle = body.sessionid();
     record->imdnMessageId = status.imdnmessageid();
     record->imdnDateTime = status.imdndatetime();
@@ -83,7 +83,7 @@ IMS_DISPATCH(DispatchIMSendNotiStatus) {
 IMS_DISPATCH(DispatchUpdateParticipants) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestupdateparticipants());
-    auto* record = new RequestUpdateParticipants(510);
+    auto* record = new RequestUpdateParticipants(request.reqid());
     record->handle = body.sessionhandle();
     record->reqType = static_cast<int32_t>(body.reqtype());
     record->receivers.assign(body.receiver().begin(), body.receiver().end());
@@ -94,8 +94,8 @@ IMS_DISPATCH(DispatchUpdateParticipants) {
 
 IMS_RESPONSE(PrepareResponseIMSendMessage) {
     IMS_LOGV("%s()", __func__);
-    if (!TakeHead(response, data)) return -1;
-    const auto* record = static_cast<const SendImMessageRespData*>(data);
+    const auto* record = RecordOf<SendImMessageRespData>(response, data);
+    if (record == nullptr) return -1;
     auto* body = response.mutable_sendimmessageresp();
     body->set_sessionid(record->handle);
     body->set_imdnmessageid(record->imdnMessageId);
@@ -105,12 +105,9 @@ IMS_RESPONSE(PrepareResponseIMSendMessage) {
 
 IMS_RESPONSE(ResponseUpdateParticipants) {
     IMS_LOGI("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid stackResponse: NULL");
-        return -1;
-    }
-    auto* record = static_cast<UpdateParticipantsRespData*>(data);
-    response.set_resid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record =
+        RecordOf<UpdateParticipantsRespData>(response, data, {"invalid stackResponse: NULL"});
+    if (record == nullptr) return -1;
     auto* body = response.mutable_updateparticipantsresp();
     body->set_sessionhandle(record->handle);
     SetImError(body->mutable_imerror(), record->error);

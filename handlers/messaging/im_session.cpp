@@ -6,7 +6,7 @@
 
 #include "handlers/handlers.h"
 #include "handlers/messaging/protobuf_data_translation.h"
-#include "handlers/record_head.h"
+#include "handlers/common/record_head.h"
 
 IMS_DISPATCH(DispatchIMStartSession) {
     IMS_LOGI("%s()", __func__);
@@ -49,22 +49,23 @@ IMS_DISPATCH(DispatchIMStartSession) {
     session->acceptWrappedTypes.assign(wireSession.acceptwrappedtypes().begin(),
                                        wireSession.acceptwrappedtypes().end());
 
-    s_velar->OnRequest(token,
-                       new ImStartSessionData(501, static_cast<int>(body.registrationhandle()),
-                                              session.release(), std::move(message)));
+    s_velar->OnRequest(
+        token, new ImStartSessionData(request.reqid(), static_cast<int>(body.registrationhandle()),
+                                      session.release(), std::move(message)));
 }
 
 IMS_DISPATCH(DispatchAcceptImSession) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestacceptimsession());
-    s_velar->OnRequest(token, new RequestAcceptImSession(502, static_cast<int>(body.sessionid()),
-                                                         body.useralias()));
+    s_velar->OnRequest(
+        token, new RequestAcceptImSession(request.reqid(), static_cast<int>(body.sessionid()),
+                                          body.useralias()));
 }
 
 IMS_DISPATCH(DispatchImCloseSession) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestcloseimsession());
-    auto* record = new CloseImSessionData(503);
+    auto* record = new CloseImSessionData(request.reqid());
     record->handle = body.sessionid();
     // Taken as it stands: without reasonHdr the stack gets code 0, not the
     // "absent" -1.
@@ -76,7 +77,7 @@ IMS_DISPATCH(DispatchImCloseSession) {
 IMS_DISPATCH(DispatchRejectImSession) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestrejectimsession());
-    auto* record = new RequestRejectImSession(508);
+    auto* record = new RequestRejectImSession(request.reqid());
     record->handle = body.sessionhandle();
     record->sipCode = static_cast<int32_t>(body.sipcode());
     if (body.has_warninghdr()) {
@@ -90,8 +91,8 @@ IMS_DISPATCH(DispatchRejectImSession) {
 
 IMS_RESPONSE(ResponseStartSession) {
     IMS_LOGI("%s()", __func__);
-    if (!TakeHead(response, data)) return -1;
-    const auto* record = static_cast<const StartSessionRespData*>(data);
+    const auto* record = RecordOf<StartSessionRespData>(response, data);
+    if (record == nullptr) return -1;
     auto* body = response.mutable_startsessionresp();
     body->set_sessionhandle(record->handle);
     body->set_fwsessionid(record->fwSessionId);
@@ -101,8 +102,8 @@ IMS_RESPONSE(ResponseStartSession) {
 
 IMS_RESPONSE(ResponseCloseSession) {
     IMS_LOGI("%s()", __func__);
-    if (!TakeHead(response, data)) return -1;
-    const auto* record = static_cast<const CloseSessionRespData*>(data);
+    const auto* record = RecordOf<CloseSessionRespData>(response, data);
+    if (record == nullptr) return -1;
     auto* body = response.mutable_closesessionresp();
     body->set_sessionhandle(record->handle);
     SetImError(body->mutable_imerror(), record->error);

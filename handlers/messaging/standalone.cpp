@@ -7,7 +7,7 @@
 #include "handlers/handlers.h"
 #include "handlers/messaging/file_transfer.h"
 #include "handlers/messaging/protobuf_data_translation.h"
-#include "handlers/record_head.h"
+#include "handlers/common/record_head.h"
 
 using namespace protobuf_data_translation;
 using namespace file_transfer;
@@ -36,7 +36,7 @@ IMS_DISPATCH(DispatchIMSendSlmMessage) {
     const auto& wireSession = body.sessiondata();
     const auto& wireMessage = body.messageparam();
 
-    auto* record = newStandaloneRecord<RequestSendImSlmMessage>(520, body);
+    auto* record = newStandaloneRecord<RequestSendImSlmMessage>(request.reqid(), body);
 
     ImMessage& message = record->message;
     // The alias of a standalone message is the session's, not the message's.
@@ -63,7 +63,7 @@ IMS_DISPATCH(DispatchSlmSendFile) {
     const auto& wireSession = body.sessiondata();
     const auto& wirePayload = body.payloadparam();
 
-    auto* record = newStandaloneRecord<RequestSlmSendFile>(521, body);
+    auto* record = newStandaloneRecord<RequestSlmSendFile>(request.reqid(), body);
     record->session.sessionUri = wireSession.sessionuri();
     record->session.sdpContentType = wireSession.sdpcontenttype();
 
@@ -81,8 +81,8 @@ IMS_DISPATCH(DispatchSlmSendFile) {
 
 IMS_RESPONSE(ResponseSendImSlmMessage) {
     IMS_LOGI("%s()", __func__);
-    if (!TakeHead(response, data)) return -1;
-    const auto* record = static_cast<const SendImSlmMessageRespData*>(data);
+    const auto* record = RecordOf<SendImSlmMessageRespData>(response, data);
+    if (record == nullptr) return -1;
     auto* body = response.mutable_sendimslmmessageresp();
     body->set_imdnmessageid(record->imdnMessageId);
     SetImError(body->mutable_imerror(), record->error);
@@ -97,8 +97,8 @@ IMS_RESPONSE(PrepareResponseSlmSendFile) {
                  methodName("int PrepareResponseSlmSendFile(uint32_t, imsCommonStruc::Response&, "
                             "ImsData*)")
                      .c_str());
-    if (!TakeHead(response, data)) return -1;
-    const auto* record = static_cast<const SendSlmFileRespData*>(data);
+    const auto* record = RecordOf<SendSlmFileRespData>(response, data);
+    if (record == nullptr) return -1;
     auto* body = response.mutable_sendslmfileresp();
     body->set_sessionhandle(record->handle);
     body->set_imdnmessageid(record->imdnMessageId);
@@ -108,12 +108,8 @@ IMS_RESPONSE(PrepareResponseSlmSendFile) {
 
 IMS_NOTIFY(PrepareNotifySlmIncoming) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("null notification!");
-        return -1;
-    }
-    auto* record = static_cast<SlmIncomingData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = RecordOf<SlmIncomingData>(notify, data, {"null notification!"});
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_slmmessageincoming();
     auto* session = body->mutable_sessiondata();
     session->set_preferredlineuri(record->session.preferredLineUri);

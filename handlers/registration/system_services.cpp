@@ -2,14 +2,14 @@
 // network, location.
 #include <string>
 
-#include "handlers/registration/helpers.h"
+#include "handlers/common/helpers.h"
 
 IMS_DISPATCH(DispatchDnsQuery) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestdnsquery());
     const int handle = static_cast<int>(body.handle());
-    auto* record = new DnsQueryData(106, handle, body.interface(), body.hostname(), body.type(),
-                                    body.transport(), body.family());
+    auto* record = new DnsQueryData(request.reqid(), handle, body.interface(), body.hostname(),
+                                    body.type(), body.transport(), body.family());
     for (const auto& server : body.dnsserverlist()) record->dnsServers.push_back(server);
     s_velar->OnRequest(token, record);
 }
@@ -18,7 +18,7 @@ IMS_DISPATCH(DispatchUpdateVceConfig) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestupdatevceconfig());
     auto* record = new VceConfigData;
-    record->SetId(110);
+    record->SetId(request.reqid());
     record->handle = static_cast<int>(body.handle());
     record->vceConfig = body.vceconfig();
     s_velar->OnRequest(token, record);
@@ -27,8 +27,8 @@ IMS_DISPATCH(DispatchUpdateVceConfig) {
 IMS_DISPATCH(DispatchUpdatePani) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestupdatepani());
-    s_velar->OnRequest(
-        token, new PaniData(600, static_cast<int>(body.handle()), body.pani(), body.lastpani()));
+    s_velar->OnRequest(token, new PaniData(request.reqid(), static_cast<int>(body.handle()),
+                                           body.pani(), body.lastpani()));
 }
 
 IMS_DISPATCH(DispatchUpdateGeolocation) {
@@ -41,7 +41,8 @@ IMS_DISPATCH(DispatchUpdateGeolocation) {
     s_velar->OnRequest(
         token,
         new GeolocationData(
-            601, static_cast<int>(body.handle()), sent(body.has_latitude(), body.latitude()),
+            request.reqid(), static_cast<int>(body.handle()),
+            sent(body.has_latitude(), body.latitude()),
             sent(body.has_longitude(), body.longitude()),
             sent(body.has_altitude(), body.altitude()), sent(body.has_accuracy(), body.accuracy()),
             sent(body.has_providertype(), body.providertype()),
@@ -57,26 +58,27 @@ IMS_DISPATCH(DispatchUpdateGeolocation) {
 IMS_DISPATCH(DispatchAlarmWakeUp) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestalarmwakeup());
-    s_velar->OnRequest(token, new PrimitiveData<int>(901, static_cast<int>(body.id())));
+    s_velar->OnRequest(token, new PrimitiveData<int>(request.reqid(), static_cast<int>(body.id())));
 }
 
 IMS_DISPATCH(DispatchX509CertVerifyResult) {
     const auto body = TakeBody(request.mutable_requestx509certverifyresult());
     IMS_LOGI("%s() result %d", __func__, body.result() ? 1 : 0);
     // The client's reason stays here: the stack takes the verdict alone.
-    s_velar->OnRequest(token, new PrimitiveData<bool>(902, body.result()));
+    s_velar->OnRequest(token, new PrimitiveData<bool>(request.reqid(), body.result()));
 }
 
 IMS_DISPATCH(DispatchDeleteTcpClientSocket) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestdeletetcpclientsocket());
-    s_velar->OnRequest(token, new DeleteTcpClientSocket(1300, static_cast<int>(body.handle())));
+    s_velar->OnRequest(token,
+                       new DeleteTcpClientSocket(request.reqid(), static_cast<int>(body.handle())));
 }
 
 IMS_NOTIFY(NotifyDnsResponse) {
     IMS_LOGV("%s()", __func__);
-    if (!TakeHead(notify, data)) return -1;
-    auto* record = static_cast<DnsResponseData*>(data);
+    const auto* record = RecordOf<DnsResponseData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_dnsresponse();
     body->set_hostname(record->hostname);
     for (const auto& address : record->ipAddrList) body->add_ipaddrlist(address);
@@ -87,8 +89,8 @@ IMS_NOTIFY(NotifyDnsResponse) {
 
 IMS_NOTIFY(NotifyAlarmWakeUp) {
     IMS_LOGV("%s()", __func__);
-    if (!TakeHead(notify, data)) return -1;
-    auto* record = static_cast<AlarmData*>(data);
+    const auto* record = RecordOf<AlarmData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_alarmwakeup();
     body->set_id(record->id);
     body->set_delay(record->delay);
@@ -97,16 +99,17 @@ IMS_NOTIFY(NotifyAlarmWakeUp) {
 
 IMS_NOTIFY(NotifyCancelAlarm) {
     IMS_LOGV("%s()", __func__);
-    if (!TakeHead(notify, data)) return -1;
+    const auto* record = RecordOf<PrimitiveData<int>>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_cancelalarm();
-    body->set_id(static_cast<uint32_t>(static_cast<PrimitiveData<int>*>(data)->value));
+    body->set_id(static_cast<uint32_t>(record->value));
     return 0;
 }
 
 IMS_NOTIFY(NotifyX509CertVerifyRequest) {
     IMS_LOGV("%s()", __func__);
-    if (!TakeHead(notify, data)) return -1;
-    auto* record = static_cast<X509VerifyData*>(data);
+    const auto* record = RecordOf<X509VerifyData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_x509certverifyrequest();
     for (const std::string* certificate : record->certificates) {
         // A hole in the chain stays a hole: an empty entry keeps the place of

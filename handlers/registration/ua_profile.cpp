@@ -2,7 +2,7 @@
 #include <string>
 #include <vector>
 
-#include "handlers/registration/helpers.h"
+#include "handlers/common/helpers.h"
 
 IMS_DISPATCH(DispatchUACreation) {
     IMS_LOGI("%s()", __func__);
@@ -12,15 +12,16 @@ IMS_DISPATCH(DispatchUACreation) {
     // selfPort, isSubscribeRegEvent and isKeepAlive are not the stack's
     // business: the profile has no place for them.
     auto* record = new UAProfileData(
-        102, static_cast<int>(body.profileid()), body.interface(), static_cast<int>(body.netid()),
-        body.pdn(), body.impu(), body.impi(), body.password(), body.domain(), body.issipoutbound(),
-        static_cast<int>(body.qparam()), body.transtype(), body.isemergencysupport(),
-        body.isipsec(), body.issipcompactheader(), body.encralg(), body.authalg(),
-        body.registeralgo(), body.prefid(), body.remoteuritype(), body.isprecondenabled(),
-        body.isprecondinitialsendrecv(), body.sessionexpires(), static_cast<int>(body.minse()),
-        body.sessionrefresher(), static_cast<unsigned int>(body.mno()), body.useragent(),
-        body.displayname(), body.contactdisplayname(), body.instanceid(), body.realm(),
-        body.immsgtech(), body.issoftphoneenabled(), static_cast<int>(body.msssize()),
+        request.reqid(), static_cast<int>(body.profileid()), body.interface(),
+        static_cast<int>(body.netid()), body.pdn(), body.impu(), body.impi(), body.password(),
+        body.domain(), body.issipoutbound(), static_cast<int>(body.qparam()), body.transtype(),
+        body.isemergencysupport(), body.isipsec(), body.issipcompactheader(), body.encralg(),
+        body.authalg(), body.registeralgo(), body.prefid(), body.remoteuritype(),
+        body.isprecondenabled(), body.isprecondinitialsendrecv(), body.sessionexpires(),
+        static_cast<int>(body.minse()), body.sessionrefresher(),
+        static_cast<unsigned int>(body.mno()), body.useragent(), body.displayname(),
+        body.contactdisplayname(), body.instanceid(), body.realm(), body.immsgtech(),
+        body.issoftphoneenabled(), static_cast<int>(body.msssize()),
         static_cast<int>(body.ringbacktimer()), static_cast<int>(body.ringingtimer()),
         static_cast<int>(body.sipmobility()), body.isenablegruu(),
         static_cast<int>(body.audioenginetype()), body.curpani(), body.isvceconfigenabled(),
@@ -61,5 +62,6 @@ IMS_DISPATCH(DispatchUACreation) {
 IMS_DISPATCH(DispatchUADeletion) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestuadeletion());
-    s_velar->OnRequest(token, new PrimitiveData<int>(103, static_cast<int>(body.handle())));
+    s_velar->OnRequest(token,
+                       new PrimitiveData<int>(request.reqid(), static_cast<int>(body.handle())));
 }

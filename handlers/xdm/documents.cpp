@@ -4,7 +4,7 @@
 
 #include "handlers/handlers.h"
 #include "handlers/messaging/protobuf_data_translation.h"
-#include "handlers/record_head.h"
+#include "handlers/common/record_head.h"
 
 namespace {
 
@@ -44,7 +44,8 @@ IMS_DISPATCH(DispatchXdmFetchDocument) {
         selector.attr = wire.attr();
         selector.attrVal = wire.attrval();
     }
-    auto* record = new XdmFetchDocumentData(804, static_cast<int>(body.rid()), body.impu());
+    auto* record =
+        new XdmFetchDocumentData(request.reqid(), static_cast<int>(body.rid()), body.impu());
     record->type = static_cast<int>(protobuf_data_translation::translateXdmDocType(body.type()));
     record->name = body.name();
     record->accessToken = body.accesstoken();
@@ -56,8 +57,8 @@ IMS_DISPATCH(DispatchXdmUploadPresRules) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestxdmuploadpresrules());
     // The rules document itself is the stack's to build: rules is not read.
-    s_velar->OnRequest(token, new XdmPresRuleData(805, static_cast<int>(body.rid()), body.impu(),
-                                                  body.btid(), body.gbakey()));
+    s_velar->OnRequest(token, new XdmPresRuleData(request.reqid(), static_cast<int>(body.rid()),
+                                                  body.impu(), body.btid(), body.gbakey()));
 }
 
 IMS_DISPATCH(DispatchXdmUploadContacts) {
@@ -66,32 +67,33 @@ IMS_DISPATCH(DispatchXdmUploadContacts) {
     std::vector<Contact*> contacts;
     contacts.reserve(static_cast<size_t>(body.contacts_size()));
     for (const auto& wire : body.contacts()) contacts.push_back(ConvertContact(wire));
-    s_velar->OnRequest(token,
-                       new XdmContactData(806, static_cast<int>(body.rid()), body.impu(), contacts,
-                                          body.uuid(), body.etag(), static_cast<int>(body.mtc())));
+    s_velar->OnRequest(token, new XdmContactData(request.reqid(), static_cast<int>(body.rid()),
+                                                 body.impu(), contacts, body.uuid(), body.etag(),
+                                                 static_cast<int>(body.mtc())));
 }
 
 IMS_DISPATCH(DispatchXdmModifyContact) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestxdmmodifycontact());
     // Without a contact on the wire the stack still gets one, empty.
-    s_velar->OnRequest(token, new XdmModifyContactData(
-                                  807, static_cast<int>(body.rid()), body.impu(), body.contactid(),
-                                  body.uuid(), body.etag(), ConvertContact(body.contact())));
+    s_velar->OnRequest(
+        token, new XdmModifyContactData(request.reqid(), static_cast<int>(body.rid()), body.impu(),
+                                        body.contactid(), body.uuid(), body.etag(),
+                                        ConvertContact(body.contact())));
 }
 
 IMS_DISPATCH(DispatchXdmDeleteContact) {
     IMS_LOGI("%s()", __func__);
     const auto body = TakeBody(request.mutable_requestxdmmodifycontact());
     s_velar->OnRequest(
-        token, new XdmModifyContactData(808, static_cast<int>(body.rid()), body.impu(),
+        token, new XdmModifyContactData(request.reqid(), static_cast<int>(body.rid()), body.impu(),
                                         body.contactid(), body.uuid(), body.etag(), nullptr));
 }
 
 IMS_RESPONSE(ResponseXdmGeneralResponse) {
     IMS_LOGI("%s()", __func__);
-    if (!TakeHead(response, data)) return -1;
-    const auto* record = static_cast<const XdmResponseData*>(data);
+    const auto* record = RecordOf<XdmResponseData>(response, data);
+    if (record == nullptr) return -1;
     auto* body = response.mutable_xdmgeneralresponse();
     body->set_rid(record->rid);
     body->set_success(record->success);
