@@ -8,10 +8,7 @@
 
 #include <map>
 
-#include "imsCommonStruc.pb.h"
-#include "stack/velar.h"
-
-struct RequestInfo;
+#include "core/ims_handler.h"
 
 struct CommandInfo {
     int requestNumber;
@@ -40,7 +37,6 @@ extern std::map<int, CommandInfo>& s_commandMap;
 extern std::map<int, NotifyInfo>& s_notifyMap;
 void ImsFillDispatchMaps();
 
-extern Velar* s_velar;
 extern IMS_Env s_imsEnv;
 
 // Limits of the command channel.

@@ -7,8 +7,7 @@
 #include <memory>
 
 #include "core/ims_core.h"
-#include "handlers/handlers.h"
-#include "handlers/record_head.h"
+#include "handlers/common/ims_log.h"
 
 #include <google/protobuf/io/coded_stream.h>
 
@@ -172,20 +171,4 @@ void IMS_onNotify(ImsData* data) {
         return;
     }
     sendFrame(notify, 2, 0);
-}
-
-IMS_DISPATCH(DispatchNoOperation) {}
-
-IMS_RESPONSE(ResponseGeneralResponse) {
-    IMS_LOGI("%s()", "ResponseGeneralResponse");
-    if (!TakeHead(response, data)) return -1;
-    const auto* record = static_cast<const GeneralResponseData*>(data);
-    auto* body = response.mutable_generalresponse();
-    IMS_LOGI("%s() handle:%0x", "ResponseGeneralResponse", record->handle);
-    body->set_handle(record->handle);
-    body->set_result(static_cast<imsCommonStruc::Result>(record->result));
-    body->set_reason(static_cast<imsCommonStruc::GeneralReason>(record->reason));
-    if (!record->errorStr.empty()) body->set_errorstr(record->errorStr);
-    if (record->sipError > 0) body->set_siperror(record->sipError);
-    return 0;
 }

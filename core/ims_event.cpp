@@ -10,7 +10,7 @@
 #include <atomic>
 
 #include "core/ims_core.h"
-#include "handlers/ims_log.h"
+#include "handlers/common/ims_log.h"
 
 namespace {
 

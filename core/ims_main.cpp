@@ -16,7 +16,7 @@
 #include <unistd.h>
 
 #include "core/ims_core.h"
-#include "handlers/ims_log.h"
+#include "handlers/common/ims_log.h"
 
 void ImsWatchListenFd();
 

@@ -1,6 +1,7 @@
 // Requests on a call that stands: hold and resume, camera, re-INVITE, call
 // type changes, DTMF, the audio interface, INFO and dialog publication.
 #include "handlers/call/call_common.h"
+#include "handlers/common/take_fields.h"
 #include "handlers/handlers.h"
 
 namespace {
@@ -16,61 +17,61 @@ void SendSessionOnly(uint32_t token, int id, const char* name, uint32_t session)
 }  // namespace
 
 IMS_DISPATCH(DispatchHoldCall) {
-    const auto body = TakeBody(request.mutable_requestholdcall());
-    SendSessionOnly(token, 203, __func__, body.session());
+    auto body = TakeBody(request.mutable_requestholdcall());
+    SendSessionOnly(token, request.reqid(), __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchResumeCall) {
-    const auto body = TakeBody(request.mutable_requestresumecall());
-    SendSessionOnly(token, 204, __func__, body.session());
+    auto body = TakeBody(request.mutable_requestresumecall());
+    SendSessionOnly(token, request.reqid(), __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchHoldVideo) {
-    const auto body = TakeBody(request.mutable_requestholdvideo());
-    SendSessionOnly(token, 219, __func__, body.session());
+    auto body = TakeBody(request.mutable_requestholdvideo());
+    SendSessionOnly(token, request.reqid(), __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchResumeVideo) {
-    const auto body = TakeBody(request.mutable_requestresumevideo());
-    SendSessionOnly(token, 220, __func__, body.session());
+    auto body = TakeBody(request.mutable_requestresumevideo());
+    SendSessionOnly(token, request.reqid(), __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchStartCamera) {
-    const auto body = TakeBody(request.mutable_requeststartcamera());
+    auto body = TakeBody(request.mutable_requeststartcamera());
     const unsigned int camera = body.camera();
-    s_velar->OnRequest(token, new StartCamera(223, body.session(), camera));
+    s_velar->OnRequest(token, new StartCamera(request.reqid(), body.session(), camera));
     IMS_LOGI("%s() cameraId: %d", __func__, camera);
 }
 
 // The record names no call: the framework's handle stays behind.
 IMS_DISPATCH(DispatchStopCamera) {
-    s_velar->OnRequest(token, new StopCamera(226));
+    s_velar->OnRequest(token, new StopCamera(request.reqid()));
     IMS_LOGI("%s()", __func__);
 }
 
 IMS_DISPATCH(DispatchUpdateCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestupdatecall());
-    auto* record = ims_call::NewRecord<CallUpdateData>(206);
+    auto body = TakeBody(request.mutable_requestupdatecall());
+    auto* record = ims_call::NewRecord<CallUpdateData>(request.reqid());
     record->mSession = static_cast<int>(body.session());
     record->mAction = static_cast<int>(body.action());
     record->mCodecType = static_cast<int>(body.codectype());
     record->mCause = static_cast<int>(body.cause());
-    record->mReasonText = body.reasontext();
+    record->mReasonText = TAKE_STRING(body, reasontext);
     s_velar->OnRequest(token, record);
 }
 
 IMS_DISPATCH(DispatchModifyCallType) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestmodifycalltype());
-    s_velar->OnRequest(token,
-                       new ModifyCallTypeData(216, body.session(), body.oldtype(), body.newtype()));
+    auto body = TakeBody(request.mutable_requestmodifycalltype());
+    s_velar->OnRequest(token, new ModifyCallTypeData(request.reqid(), body.session(),
+                                                     body.oldtype(), body.newtype()));
 }
 
 IMS_DISPATCH(DispatchReplyModifyCallType) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestreplymodifycalltype());
-    auto* record = ims_call::NewRecord<ReplyModifyCallType>(217);
+    auto body = TakeBody(request.mutable_requestreplymodifycalltype());
+    auto* record = ims_call::NewRecord<ReplyModifyCallType>(request.reqid());
     record->mSession = static_cast<int>(body.session());
     record->mReqType = body.reqtype();
     record->mCurType = body.curtype();
@@ -80,8 +81,8 @@ IMS_DISPATCH(DispatchReplyModifyCallType) {
 
 IMS_DISPATCH(DispatchRejectModifyCallType) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestrejectmodifycalltype());
-    auto* record = ims_call::NewRecord<RejectModifyCallType>(221);
+    auto body = TakeBody(request.mutable_requestrejectmodifycalltype());
+    auto* record = ims_call::NewRecord<RejectModifyCallType>(request.reqid());
     record->mSession = static_cast<int>(body.session());
     record->mReason = body.reason();
     s_velar->OnRequest(token, record);
@@ -89,8 +90,8 @@ IMS_DISPATCH(DispatchRejectModifyCallType) {
 
 IMS_DISPATCH(DispatchSendDtmf) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestsenddtmf());
-    auto* record = ims_call::NewRecord<CallSendDtmf>(207);
+    auto body = TakeBody(request.mutable_requestsenddtmf());
+    auto* record = ims_call::NewRecord<CallSendDtmf>(request.reqid());
     record->mHandle = static_cast<int>(body.handle());
     record->mSession = static_cast<int>(body.session());
     record->mCode = static_cast<int>(body.code());
@@ -102,7 +103,7 @@ IMS_DISPATCH(DispatchSendDtmf) {
 IMS_DISPATCH(DispatchUpdateAudioInterface) {
     IMS_LOGI("%s()", __func__);
     const auto* body = request.mutable_requestupdateaudiointerface();
-    auto* record = ims_call::NewRecord<AudioInterfaceData>(225);
+    auto* record = ims_call::NewRecord<AudioInterfaceData>(request.reqid());
     record->mHandle = static_cast<int>(body->handle());
     record->mMode = body->mode();
     s_velar->OnRequest(token, record);
@@ -110,20 +111,20 @@ IMS_DISPATCH(DispatchUpdateAudioInterface) {
 
 IMS_DISPATCH(DispatchSendInfo) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestsendinfo());
+    auto body = TakeBody(request.mutable_requestsendinfo());
     s_velar->OnRequest(
-        token, new CallSendInfo(229, body.handle(), body.session(),
+        token, new CallSendInfo(request.reqid(), body.handle(), body.session(),
                                 static_cast<int>(body.calltype()), ims_call::ContentsOf(body)));
 }
 
 IMS_DISPATCH(DispatchPublishDialog) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestpublishdialog());
-    auto* record = ims_call::NewRecord<CallPublishData>(228);
+    auto body = TakeBody(request.mutable_requestpublishdialog());
+    auto* record = ims_call::NewRecord<CallPublishData>(request.reqid());
     record->mHandle = static_cast<int>(body.handle());
-    record->mOrigUri = body.origuri();
-    record->mDispName = body.dispname();
-    record->mXmlBody = body.xmlbody();
+    record->mOrigUri = TAKE_STRING(body, origuri);
+    record->mDispName = TAKE_STRING(body, dispname);
+    record->mXmlBody = TAKE_STRING(body, xmlbody);
     record->mExpireTime = body.expiretime();
     s_velar->OnRequest(token, record);
 }

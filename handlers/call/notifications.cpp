@@ -8,7 +8,7 @@
 
 IMS_NOTIFY(NotifyCallStatus) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = NotifyRecord<CallStatusData>(notify, data);
+    const auto* r = RecordOf<CallStatusData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_callstatus();
     body->set_handle(r->mHandle);
@@ -47,7 +47,7 @@ IMS_NOTIFY(NotifyCallStatus) {
 
 IMS_NOTIFY(NotifyIncomingCall) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = NotifyRecord<IncomingCallData>(notify, data);
+    const auto* r = RecordOf<IncomingCallData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_incomingcall();
     body->set_handle(r->mHandle);
@@ -78,7 +78,7 @@ IMS_NOTIFY(NotifyIncomingCall) {
 
 IMS_NOTIFY(NotifyConfCallChanged) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = NotifyRecord<ConfCallChangedData>(notify, data);
+    const auto* r = RecordOf<ConfCallChangedData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_confcallchanged();
     body->set_session(r->mSession);
@@ -98,13 +98,14 @@ IMS_NOTIFY(NotifyConfCallChanged) {
 // body for it: the framework gets an empty Notify, without even an id.
 IMS_NOTIFY(NotifyCallPublishStatus) {
     IMS_LOGV("%s()", __func__);
-    (void)notify;
-    return RecordRefused(data) ? -1 : 0;
+    if (RecordOf<ImsData>(notify, data) == nullptr) return -1;
+    notify.clear_notifyid();
+    return 0;
 }
 
 IMS_NOTIFY(NotifyCdpnInfo) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = NotifyRecord<CdpnInfoData>(notify, data);
+    const auto* r = RecordOf<CdpnInfoData>(notify, data);
     if (r == nullptr) return -1;
     notify.mutable_cdpninfo()->set_calledpartynumber(r->mCalledParyNumber);
     if (logLevel > 1) IMS_LOGD("cdpnInfo mCalledParyNumber(%s)", r->mCalledParyNumber.c_str());
@@ -113,7 +114,7 @@ IMS_NOTIFY(NotifyCdpnInfo) {
 
 IMS_NOTIFY(NotifyReferReceived) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = NotifyRecord<ReferReceivedData>(notify, data);
+    const auto* r = RecordOf<ReferReceivedData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_referreceived();
     body->set_handle(r->mHandle);
@@ -125,7 +126,7 @@ IMS_NOTIFY(NotifyReferReceived) {
 
 IMS_NOTIFY(NotifyReferStatus) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = NotifyRecord<ReferStatusData>(notify, data);
+    const auto* r = RecordOf<ReferStatusData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_referstatus();
     body->set_session(r->mSession);
@@ -135,7 +136,7 @@ IMS_NOTIFY(NotifyReferStatus) {
 
 IMS_NOTIFY(NotifyUpdateRouteTable) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = NotifyRecord<RouteTableData>(notify, data);
+    const auto* r = RecordOf<RouteTableData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_updateroutetable();
     body->set_handle(r->mHandle);
@@ -147,7 +148,7 @@ IMS_NOTIFY(NotifyUpdateRouteTable) {
 
 IMS_NOTIFY(NotifyModifyCallCnfm) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = NotifyRecord<ModifyCallData>(notify, data);
+    const auto* r = RecordOf<ModifyCallData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_modifycalldata();
     body->set_session(r->mSession);
@@ -158,7 +159,7 @@ IMS_NOTIFY(NotifyModifyCallCnfm) {
 
 IMS_NOTIFY(NotifyModifyVideo) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = NotifyRecord<ModifyVideoData>(notify, data);
+    const auto* r = RecordOf<ModifyVideoData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_modifyvideodata();
     body->set_session(r->mSession);
@@ -169,7 +170,7 @@ IMS_NOTIFY(NotifyModifyVideo) {
 
 IMS_NOTIFY(NotifyVideoEvent) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = NotifyRecord<VideoEventData>(notify, data);
+    const auto* r = RecordOf<VideoEventData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_notifyvideoeventdata();
     body->set_session(r->mSession);
@@ -179,7 +180,7 @@ IMS_NOTIFY(NotifyVideoEvent) {
 
 IMS_NOTIFY(NotifyDedicatedBearerEvent) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = NotifyRecord<DedicatedBearerData>(notify, data);
+    const auto* r = RecordOf<DedicatedBearerData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_dedicatedbearerevent();
     body->set_handle(r->mHandle);
@@ -195,7 +196,7 @@ IMS_NOTIFY(NotifyDedicatedBearerEvent) {
 
 IMS_NOTIFY(NotifyRrcConnectionEvent) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = NotifyRecord<RrcConnectionData>(notify, data);
+    const auto* r = RecordOf<RrcConnectionData>(notify, data);
     if (r == nullptr) return -1;
     notify.mutable_rrcconnectionevent()->set_event(
         static_cast<imsCommonStruc::Notify_RrcEvent>(r->mEvent));
@@ -205,7 +206,7 @@ IMS_NOTIFY(NotifyRrcConnectionEvent) {
 
 IMS_NOTIFY(NotifyDtmfEvent) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = NotifyRecord<DtmfEventData>(notify, data);
+    const auto* r = RecordOf<DtmfEventData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_dtmfparamdata();
     body->set_event(r->mEvent);
@@ -218,7 +219,7 @@ IMS_NOTIFY(NotifyDtmfEvent) {
 
 IMS_NOTIFY(NotifyRtpLossRateNoti) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = NotifyRecord<RtpLossRateData>(notify, data);
+    const auto* r = RecordOf<RtpLossRateData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_rtplossratenoti();
     body->set_interval(r->mInterval);
@@ -230,7 +231,7 @@ IMS_NOTIFY(NotifyRtpLossRateNoti) {
 
 IMS_NOTIFY(NotifyDialogEvent) {
     IMS_LOGV("%s()", __func__);
-    const auto* r = NotifyRecord<DialogEventData>(notify, data);
+    const auto* r = RecordOf<DialogEventData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_dialogevent();
     body->set_handle(r->mHandle);
@@ -242,7 +243,7 @@ IMS_NOTIFY(NotifyDialogEvent) {
 
 IMS_NOTIFY(NotifyDialogSubscribeStatus) {
     IMS_LOGD("%s()", __func__);
-    const auto* r = NotifyRecord<DialogSubscribeStatusData>(notify, data);
+    const auto* r = RecordOf<DialogSubscribeStatusData>(notify, data);
     if (r == nullptr) return -1;
     auto* body = notify.mutable_dialogsubscribestatus();
     body->set_handle(r->mHandle);

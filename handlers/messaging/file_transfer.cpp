@@ -2,6 +2,7 @@
 // offer of an incoming file. The daemon moves no file content, only its
 // description; the same progress and incoming handlers serve standalone
 // files under their own ids.
+#include "handlers/common/take_fields.h"
 #include "handlers/messaging/file_transfer.h"
 
 #include <memory>
@@ -9,7 +10,7 @@
 
 #include "handlers/handlers.h"
 #include "handlers/messaging/protobuf_data_translation.h"
-#include "handlers/record_head.h"
+#include "handlers/common/record_head.h"
 
 using namespace protobuf_data_translation;
 
@@ -64,9 +65,9 @@ void fileAttrToWire(imsCommonStruc::ImFileAttr* wire, const FileAttr& attr) {
 
 IMS_DISPATCH(DispatchFTStartSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requeststartftsession());
-    const auto& wireSession = body.sessiondata();
-    const auto& wirePayload = body.payload();
+    auto body = TakeBody(request.mutable_requeststartftsession());
+    auto& wireSession = *body.mutable_sessiondata();
+    auto& wirePayload = *body.mutable_payload();
 
     // The content type and service id of a transfer stay empty.
     auto* session = new FtSessionParam();
@@ -91,26 +92,26 @@ IMS_DISPATCH(DispatchFTStartSession) {
     report.spamDate = body.reportdata().spamdate();
 
     s_velar->OnRequest(
-        token, new FtStartSessionData(550, static_cast<int>(body.registrationhandle()), session,
-                                      std::move(payload), report));
+        token, new FtStartSessionData(request.reqid(), static_cast<int>(body.registrationhandle()),
+                                      session, std::move(payload), report));
 }
 
 IMS_DISPATCH(DispatchFTAcceptSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestacceptftsession());
-    auto* record = new RequestAcceptFtSession(553);
+    auto body = TakeBody(request.mutable_requestacceptftsession());
+    auto* record = new RequestAcceptFtSession(request.reqid());
     record->handle = body.sessionhandle();
     record->start = body.start();
     record->end = body.end();
-    record->filePath = body.filepath();
-    record->userAlias = body.useralias();
+    record->filePath = TAKE_STRING(body, filepath);
+    record->userAlias = TAKE_STRING(body, useralias);
     s_velar->OnRequest(token, record);
 }
 
 // Serves 522 and 552 alike: the record keeps the id the client used.
 IMS_DISPATCH(DispatchFTCancelSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestcancelftsession());
+    auto body = TakeBody(request.mutable_requestcancelftsession());
     auto* record = new CancelFtSessionData(static_cast<int>(request.reqid()));
     record->handle = body.sessionhandle();
     record->sipCode = body.sipcode();
@@ -124,7 +125,7 @@ IMS_DISPATCH(DispatchFTCancelSession) {
 
 IMS_NOTIFY(NotifyFtProgress) {
     IMS_LOGV("%s()", "NotifyFtProgress");
-    const auto* record = NotifyRecord<FtProgressData>(notify, data);
+    const auto* record = RecordOf<FtProgressData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_ftprogress();
     body->set_sessionhandle(record->handle);
@@ -140,19 +141,15 @@ IMS_NOTIFY(NotifyFtProgress) {
 IMS_NOTIFY(PrepareNotifyFtIncomingSession) {
     const std::string name =
         methodName("int PrepareNotifyFtIncomingSession(imsCommonStruc::Notify&, ImsData*)");
-    if (data == nullptr) {
-        IMS_LOGE("%s: invalid response: NULL", name.c_str());
-        return -1;
-    }
+    const auto* record = RecordOf<FtIncomingData>(notify, data, {kNullRecord, name.c_str()});
+    if (record == nullptr) return -1;
     if (logLevel > 1) IMS_LOGD("%s: reqId = %d", name.c_str(), data->GetId());
-    auto* record = static_cast<FtIncomingData*>(data);
     // The stack promises a payload; should one ever be missing, the client
     // still learns of the offer, with an empty description.
     static const FtPayload kNoPayload{};
     const FtPayload& payload = record->payload != nullptr ? *record->payload : kNoPayload;
     const FtSessionParam& session = record->session;
 
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
     auto* body = notify.mutable_ftincomingsession();
     auto* wireSession = body->mutable_session();
     wireSession->set_sessionhandle(session.sessionHandle);

@@ -3,12 +3,12 @@
 // the daemon keeps no subscription of its own.
 #include "handlers/handlers.h"
 #include "handlers/messaging/protobuf_data_translation.h"
-#include "handlers/record_head.h"
+#include "handlers/common/record_head.h"
 
 IMS_DISPATCH(DispatchGroupListSubscribe) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestgrouplistsubscribe());
-    auto* record = new GroupListSubscribeData(560);
+    auto body = TakeBody(request.mutable_requestgrouplistsubscribe());
+    auto* record = new GroupListSubscribeData(request.reqid());
     record->handle = body.handle();
     record->subscriptionId = body.subscriptionid();
     record->version = body.version();
@@ -18,8 +18,8 @@ IMS_DISPATCH(DispatchGroupListSubscribe) {
 
 IMS_DISPATCH(DispatchGroupInfoSubscribe) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestgroupinfosubscribe());
-    auto* record = new GroupInfoSubscribeData(561);
+    auto body = TakeBody(request.mutable_requestgroupinfosubscribe());
+    auto* record = new GroupInfoSubscribeData(request.reqid());
     record->handle = body.handle();
     record->subscriptionId = body.subscriptionid();
     record->uri = body.uri();
@@ -28,7 +28,7 @@ IMS_DISPATCH(DispatchGroupInfoSubscribe) {
 
 IMS_NOTIFY(NotifyGroupChatSubscribeStatus) {
     IMS_LOGD("%s()", __func__);
-    const auto* record = NotifyRecord<GroupSubscribeStatusData>(notify, data);
+    const auto* record = RecordOf<GroupSubscribeStatusData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_groupchatsubscribestatus();
     body->set_handle(record->handle);
@@ -41,7 +41,7 @@ IMS_NOTIFY(NotifyGroupChatSubscribeStatus) {
 
 IMS_NOTIFY(NotifyGroupListUpdate) {
     IMS_LOGD("%s()", __func__);
-    const auto* record = NotifyRecord<GroupListUpdateData>(notify, data);
+    const auto* record = RecordOf<GroupListUpdateData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_groupchatlistupdated();
     body->set_version(record->version);
@@ -58,7 +58,7 @@ IMS_NOTIFY(NotifyGroupListUpdate) {
 
 IMS_NOTIFY(NotifyGroupInfoUpdate) {
     IMS_LOGD("%s()", __func__);
-    const auto* record = NotifyRecord<GroupInfoUpdateData>(notify, data);
+    const auto* record = RecordOf<GroupInfoUpdateData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_groupchatinfoupdated();
     body->set_uri(record->uri);

@@ -4,7 +4,7 @@
 
 #include "handlers/handlers.h"
 #include "handlers/messaging/protobuf_data_translation.h"
-#include "handlers/record_head.h"
+#include "handlers/common/record_head.h"
 
 using protobuf_data_translation::translateStackImdnData;
 using protobuf_data_translation::translateStackImdnNoti;
@@ -12,12 +12,8 @@ using protobuf_data_translation::translateStackImMessage;
 
 IMS_NOTIFY(NotifySessionStarted) {
     IMS_LOGV("%s()", __func__);
-    if (data == nullptr) {
-        IMS_LOGE("invalid notify: NULL");
-        return -1;
-    }
-    auto* record = static_cast<SessionStartedData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const auto* record = RecordOf<SessionStartedData>(notify, data, {"invalid notify: NULL"});
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_sessionstarted();
     body->set_sessionhandle(record->handle);
     SetImError(body->mutable_imerror(), record->error);
@@ -29,7 +25,7 @@ IMS_NOTIFY(NotifySessionStarted) {
 
 IMS_NOTIFY(NotifySessionClosed) {
     IMS_LOGV("%s()", __func__);
-    const auto* record = NotifyRecord<SessionClosedData>(notify, data);
+    const auto* record = RecordOf<SessionClosedData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_sessionclosed();
     body->set_sessionhandle(record->handle);
@@ -40,7 +36,7 @@ IMS_NOTIFY(NotifySessionClosed) {
 
 IMS_NOTIFY(NotifySessionEstablished) {
     IMS_LOGV("%s()", __func__);
-    const auto* record = NotifyRecord<SessionEstablishedData>(notify, data);
+    const auto* record = RecordOf<SessionEstablishedData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_sessionestablished();
     body->set_sessionhandle(record->handle);
@@ -51,7 +47,7 @@ IMS_NOTIFY(NotifySessionEstablished) {
 
 IMS_NOTIFY(NotifyIncomingImChat) {
     IMS_LOGV("%s()", __func__);
-    const auto* record = NotifyRecord<ImSessionInvitedData>(notify, data);
+    const auto* record = RecordOf<ImSessionInvitedData>(notify, data);
     if (record == nullptr) return -1;
     // The library never hands these pointers up null; should one be, it is
     // read as empty rather than taking the daemon down.
@@ -100,7 +96,7 @@ IMS_NOTIFY(NotifyIncomingImChat) {
 
 IMS_NOTIFY(NotifyMessageReceived) {
     IMS_LOGD("%s()", __func__);
-    const auto* record = NotifyRecord<ImMessageReceivedData>(notify, data);
+    const auto* record = RecordOf<ImMessageReceivedData>(notify, data);
     if (record == nullptr) return -1;
     const ImMessage noMessage;  // see NotifyIncomingImChat
     auto* body = notify.mutable_immessagereceived();
@@ -112,7 +108,7 @@ IMS_NOTIFY(NotifyMessageReceived) {
 
 IMS_NOTIFY(NotifyImdnReceived) {
     IMS_LOGD("%s()", __func__);
-    const auto* record = NotifyRecord<ImdnReceivedData>(notify, data);
+    const auto* record = RecordOf<ImdnReceivedData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_imnotificationstatusreceived();
     body->set_sessionid(record->handle);
@@ -130,7 +126,7 @@ IMS_NOTIFY(NotifyImdnReceived) {
 
 IMS_NOTIFY(NotifyComposingStatusReceived) {
     IMS_LOGD("%s()", __func__);
-    const auto* record = NotifyRecord<ImComposingReceivedData>(notify, data);
+    const auto* record = RecordOf<ImComposingReceivedData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_imcomposingstatusreceived();
     body->set_sessionid(record->handle);
@@ -147,13 +143,10 @@ IMS_NOTIFY(PrepareNotifyImMessageReportReceived) {
     static constexpr const char* kSignature =
         "int PrepareNotifyImMessageReportReceived(imsCommonStruc::Notify&, "
         "ImsData*)";
-    IMS_LOGV("%s: ", methodName(kSignature).c_str());
-    if (data == nullptr) {
-        IMS_LOGE("%s: invalid response: NULL", methodName(kSignature).c_str());
-        return -1;
-    }
-    auto* record = static_cast<ImMessageReportData*>(data);
-    notify.set_notifyid(static_cast<imsCommonStruc::Id>(data->GetId()));
+    const std::string name = methodName(kSignature);
+    IMS_LOGV("%s: ", name.c_str());
+    const auto* record = RecordOf<ImMessageReportData>(notify, data, {kNullRecord, name.c_str()});
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_immessagereportreceived();
     body->set_sessionid(record->handle);
     body->set_imdnmessageid(record->imdnMessageId);
@@ -164,7 +157,7 @@ IMS_NOTIFY(PrepareNotifyImMessageReportReceived) {
 
 IMS_NOTIFY(NotifyImConferenceInfoUpdate) {
     IMS_LOGV("%s()", __func__);
-    const auto* record = NotifyRecord<ImConferenceInfoData>(notify, data);
+    const auto* record = RecordOf<ImConferenceInfoData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_imconfinfoupdated();
     body->set_sessionid(record->handle);

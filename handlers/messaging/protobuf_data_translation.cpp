@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "handlers/ims_log.h"
+#include "handlers/common/ims_log.h"
 
 namespace {
 

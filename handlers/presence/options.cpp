@@ -2,21 +2,21 @@
 // both directions, in order, duplicates included.
 #include <vector>
 
-#include "handlers/record_head.h"
+#include "handlers/common/record_head.h"
 
 IMS_DISPATCH(DispatchOptionsCapExchange) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestoptionscapexchange());
+    auto body = TakeBody(request.mutable_requestoptionscapexchange());
     std::vector<unsigned int> features;
     features.reserve(static_cast<size_t>(body.myfeatures_size()));
     for (int feature : body.myfeatures()) features.push_back(static_cast<unsigned int>(feature));
-    s_velar->OnRequest(token,
-                       new OptionsData(751, static_cast<int>(body.handle()), body.uri(), features));
+    s_velar->OnRequest(token, new OptionsData(request.reqid(), static_cast<int>(body.handle()),
+                                              body.uri(), features));
 }
 
 IMS_NOTIFY(NotifyOptionsReceived) {
     IMS_LOGD("%s()", __func__);
-    const auto* record = NotifyRecord<OptionsReceivedData>(notify, data);
+    const auto* record = RecordOf<OptionsReceivedData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_optionsreceivedinfo();
     body->set_sessionid(record->sessionId);

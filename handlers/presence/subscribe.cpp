@@ -3,15 +3,16 @@
 #include <string>
 #include <vector>
 
-#include "handlers/record_head.h"
+#include "handlers/common/record_head.h"
+#include "handlers/common/take_fields.h"
 
 IMS_DISPATCH(DispatchPresenceSubscribe) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestpresencesubscribe());
+    auto body = TakeBody(request.mutable_requestpresencesubscribe());
     auto* record = new PresenceSubscribeData;
-    record->id = 711;
+    record->id = request.reqid();
     record->handle = static_cast<int>(body.handle());
-    record->uris.assign(body.uri().begin(), body.uri().end());
+    record->uris = TakeStrings(body.mutable_uri());
     record->isAnonymous = body.isanonymous();
     record->isListSubscribe = body.islistsubscribe();
     record->subscriptionId = body.subscriptionid();
@@ -23,9 +24,9 @@ IMS_DISPATCH(DispatchPresenceSubscribe) {
 
 IMS_DISPATCH(DispatchPresenceUnsubscribe) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestpresenceunsubscribe());
+    auto body = TakeBody(request.mutable_requestpresenceunsubscribe());
     auto* record = new PresenceSubscribeData;
-    record->id = 712;
+    record->id = request.reqid();
     record->handle = static_cast<int>(body.handle());
     // The stack expects an unsubscription to be anonymous and single.
     record->isAnonymous = true;
@@ -38,7 +39,7 @@ IMS_DISPATCH(DispatchPresenceUnsubscribe) {
 
 IMS_NOTIFY(NotifyPresenceSubscribe) {
     IMS_LOGD("%s()", __func__);
-    const auto* record = NotifyRecord<PresenceNotifyData>(notify, data);
+    const auto* record = RecordOf<PresenceNotifyData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_newpresenceinfo();
     body->set_handle(record->handle);
@@ -69,7 +70,7 @@ IMS_NOTIFY(NotifyPresenceSubscribe) {
 
 IMS_NOTIFY(NotifyPresenceSubscribeStatus) {
     IMS_LOGD("%s()", __func__);
-    const auto* record = NotifyRecord<PresenceSubscribeStatusData>(notify, data);
+    const auto* record = RecordOf<PresenceSubscribeStatusData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_presencesubscribestatus();
     body->set_handle(record->handle);

@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "handlers/registration/helpers.h"
+#include "handlers/common/helpers.h"
+#include "handlers/common/take_fields.h"
 
 namespace {
 
@@ -13,8 +14,8 @@ namespace {
 // only the name in the log tells them apart.
 int fillRegistrationStatus(const char* name, imsCommonStruc::Notify& notify, ImsData* data) {
     IMS_LOGV("%s()", name);
-    if (!TakeHead(notify, data)) return -1;
-    auto* record = static_cast<RegiStatusData*>(data);
+    const auto* record = RecordOf<RegiStatusData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_registrationstatus();
     body->set_handle(record->handle);
     body->set_regitype(static_cast<imsCommonStruc::RegiType>(record->regiType));
@@ -33,49 +34,51 @@ int fillRegistrationStatus(const char* name, imsCommonStruc::Notify& notify, Ims
 
 IMS_DISPATCH(DispatchRegistration) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestregistration());
+    auto body = TakeBody(request.mutable_requestregistration());
     const std::list<std::string> pcscfAddrList(body.pcscfaddrlist().begin(),
                                                body.pcscfaddrlist().end());
     // An absent isExplicitDeregi reads as the schema's default, true.
-    auto* record =
-        new RegiSetupData(104, static_cast<int>(body.handle()), pcscfAddrList,
-                          static_cast<int>(body.pcscfport()), helpers::toVector(body.servicelist()),
-                          static_cast<int>(body.regexp()), helpers::toVector(body.impulist()),
-                          helpers::toTags(body.featuretaglist()), body.isexplicitderegi(),
-                          helpers::toVector(body.thirdpartyfeaturelist()), body.accesstoken());
+    auto* record = new RegiSetupData(
+        request.reqid(), static_cast<int>(body.handle()), pcscfAddrList,
+        static_cast<int>(body.pcscfport()), helpers::toVector(body.servicelist()),
+        static_cast<int>(body.regexp()), helpers::toVector(body.impulist()),
+        helpers::toTags(body.featuretaglist()), body.isexplicitderegi(),
+        helpers::toVector(body.thirdpartyfeaturelist()), TAKE_STRING(body, accesstoken));
     s_velar->OnRequest(token, record);
 }
 
 IMS_DISPATCH(DispatchUpdateAkaResp) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestupdateakaresp());
+    auto body = TakeBody(request.mutable_requestupdateakaresp());
     // The AKA response is a credential: never in a production log.
     if (!IsShipBuild() && logLevel >= 2) IMS_LOGD("%s() %s", __func__, body.akaresp().c_str());
-    auto* record = new RegiAuth(105, static_cast<RegiAuth::AKA_RESP_RECV_MANAGER>(body.recvmng()),
-                                static_cast<int>(body.handle()), std::string(), body.akaresp());
+    auto* record =
+        new RegiAuth(request.reqid(), static_cast<RegiAuth::AKA_RESP_RECV_MANAGER>(body.recvmng()),
+                     static_cast<int>(body.handle()), std::string(), body.akaresp());
     s_velar->OnRequest(token, record);
 }
 
 IMS_DISPATCH(DispatchSetPreferredImpu) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestsetpreferredimpu());
+    auto body = TakeBody(request.mutable_requestsetpreferredimpu());
     s_velar->OnRequest(token,
-                       new UpdatePreferredImpu(107, static_cast<int>(body.handle()), body.impu()));
+                       new UpdatePreferredImpu(request.reqid(), static_cast<int>(body.handle()),
+                                               TAKE_STRING(body, impu)));
 }
 
 IMS_DISPATCH(DispatchNetworkSuspended) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestnetworksuspended());
-    s_velar->OnRequest(token,
-                       new NetworkSuspended(108, static_cast<int>(body.handle()), body.state()));
+    auto body = TakeBody(request.mutable_requestnetworksuspended());
+    s_velar->OnRequest(token, new NetworkSuspended(request.reqid(), static_cast<int>(body.handle()),
+                                                   body.state()));
 }
 
 IMS_DISPATCH(DispatchUpdateFeatureTag) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestupdatefeaturetag());
-    s_velar->OnRequest(
-        token, new PairData<int, std::vector<unsigned int>>(
-                   109, static_cast<int>(body.handle()), helpers::toTags(body.featuretaglist())));
+    auto body = TakeBody(request.mutable_requestupdatefeaturetag());
+    s_velar->OnRequest(token, new PairData<int, std::vector<unsigned int>>(
+                                  request.reqid(), static_cast<int>(body.handle()),
+                                  helpers::toTags(body.featuretaglist())));
 }
 
 IMS_NOTIFY(NotifyRegiStatus) {
@@ -88,8 +91,8 @@ IMS_NOTIFY(NotifyStackUpdatePaniNoti) {
 
 IMS_NOTIFY(NotifyRegiAuth) {
     IMS_LOGV("%s()", __func__);
-    if (!TakeHead(notify, data)) return -1;
-    auto* record = static_cast<RegiAuth*>(data);
+    const auto* record = RecordOf<RegiAuth>(notify, data);
+    if (record == nullptr) return -1;
     if (logLevel > 1) IMS_LOGD("nonce %s", record->nonce.c_str());
     auto* body = notify.mutable_registrationauth();
     body->set_handle(static_cast<uint32_t>(record->handle));
@@ -100,8 +103,8 @@ IMS_NOTIFY(NotifyRegiAuth) {
 
 IMS_NOTIFY(NotifySubscribeStatus) {
     IMS_LOGV("%s()", __func__);
-    if (!TakeHead(notify, data)) return -1;
-    auto* record = static_cast<SubscribeStatusData*>(data);
+    const auto* record = RecordOf<SubscribeStatusData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_subscribestatus();
     body->set_handle(record->handle);
     body->set_respcode(record->respCode);
@@ -111,8 +114,8 @@ IMS_NOTIFY(NotifySubscribeStatus) {
 
 IMS_NOTIFY(NotifyRegInfoChanged) {
     IMS_LOGV("%s()", __func__);
-    if (!TakeHead(notify, data)) return -1;
-    auto* record = static_cast<RegInfoData*>(data);
+    const auto* record = RecordOf<RegInfoData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_reginfochanged();
     body->set_handle(record->handle);
     for (const auto& contact : record->contacts) {

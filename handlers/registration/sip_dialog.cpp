@@ -1,23 +1,23 @@
 // The SIP dialog channel and its reports.
-#include "handlers/registration/helpers.h"
+#include "handlers/common/helpers.h"
 
 IMS_DISPATCH(DispatchOpenSipDialog) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestopensipdialog());
-    s_velar->OnRequest(token, new PrimitiveData<bool>(1201, body.isrequired()));
+    auto body = TakeBody(request.mutable_requestopensipdialog());
+    s_velar->OnRequest(token, new PrimitiveData<bool>(request.reqid(), body.isrequired()));
 }
 
 IMS_DISPATCH(DispatchSipDialogSendSip) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestsendsip());
-    s_velar->OnRequest(token,
-                       new SendSipData(1200, static_cast<int>(body.handle()), body.sipmessage()));
+    auto body = TakeBody(request.mutable_requestsendsip());
+    s_velar->OnRequest(token, new SendSipData(request.reqid(), static_cast<int>(body.handle()),
+                                              body.sipmessage()));
 }
 
 IMS_RESPONSE(ResponseSendSipResponse) {
     IMS_LOGI("%s()", __func__);
-    if (!TakeHead(response, data)) return -1;
-    auto* record = static_cast<SipDialogResponseData*>(data);
+    const auto* record = RecordOf<SipDialogResponseData>(response, data);
+    if (record == nullptr) return -1;
     auto* body = response.mutable_sipdialoggeneralresponse();
     body->set_handle(record->handle);
     body->set_success(record->success);
@@ -27,8 +27,8 @@ IMS_RESPONSE(ResponseSendSipResponse) {
 
 IMS_NOTIFY(NotifySipMessage) {
     IMS_LOGV("%s()", __func__);
-    if (!TakeHead(notify, data)) return -1;
-    auto* record = static_cast<SipMessageData*>(data);
+    const auto* record = RecordOf<SipMessageData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_sipmessage();
     body->set_handle(record->handle);
     body->set_direction(static_cast<imsCommonStruc::SipDirection>(record->direction));
@@ -39,8 +39,8 @@ IMS_NOTIFY(NotifySipMessage) {
 
 IMS_NOTIFY(NotifyDumpMessage) {
     IMS_LOGV("%s()", __func__);
-    if (!TakeHead(notify, data)) return -1;
-    auto* record = static_cast<DumpMessageData*>(data);
+    const auto* record = RecordOf<DumpMessageData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_dumpmessage();
     body->set_tag(record->tag);
     body->set_value(record->value);
@@ -50,8 +50,8 @@ IMS_NOTIFY(NotifyDumpMessage) {
 
 IMS_NOTIFY(NotifyEcholocateMsg) {
     IMS_LOGV("%s()", __func__);
-    if (!TakeHead(notify, data)) return -1;
-    auto* record = static_cast<EcholocateData*>(data);
+    const auto* record = RecordOf<EcholocateData>(notify, data);
+    if (record == nullptr) return -1;
     auto* body = notify.mutable_echolocatemsg();
     body->set_handle(record->handle);
     // Any kind but 0 is an RTP report; the wire knows only the two.

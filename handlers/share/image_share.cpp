@@ -2,42 +2,45 @@
 // share. Numbers (CshError, CshRejectReason) pass unchanged.
 #include <string>
 
+#include "handlers/common/take_fields.h"
 #include "handlers/share/share_common.h"
 
 namespace ims = imsCommonStruc;
 
 IMS_DISPATCH(DispatchIshStartSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestishstartsession());
+    auto body = TakeBody(request.mutable_requestishstartsession());
     auto* record = new StartIshSession;
-    record->id = 1001;
+    record->id = request.reqid();
     record->registrationHandle = body.registrationhandle();
-    record->remoteUri = body.remoteuri();
-    record->filePath = body.filepath();
+    record->remoteUri = TAKE_STRING(body, remoteuri);
+    record->filePath = TAKE_STRING(body, filepath);
     record->size = body.size();
-    record->contentType = body.contenttype();
+    record->contentType = TAKE_STRING(body, contenttype);
     s_velar->OnRequest(token, record);
 }
 
 IMS_DISPATCH(DispatchIshAcceptSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestishacceptsession());
-    s_velar->OnRequest(token, new TupleData<int, std::string>(
-                                  1002, static_cast<int>(body.sessionid()), body.filepath()));
+    auto body = TakeBody(request.mutable_requestishacceptsession());
+    s_velar->OnRequest(
+        token, new TupleData<int, std::string>(request.reqid(), static_cast<int>(body.sessionid()),
+                                               TAKE_STRING(body, filepath)));
 }
 
 IMS_DISPATCH(DispatchIshStopSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestishstopsession());
+    auto body = TakeBody(request.mutable_requestishstopsession());
     // The stack takes no reason for stopping: the wire's reason stays here.
-    s_velar->OnRequest(token, new TupleData<int, std::string>(
-                                  1003, static_cast<int>(body.sessionid()), std::string()));
+    s_velar->OnRequest(
+        token, new TupleData<int, std::string>(request.reqid(), static_cast<int>(body.sessionid()),
+                                               std::string()));
 }
 
 IMS_RESPONSE(ResponseCshGeneralResponse) {
     IMS_LOGI("%s()", __func__);
-    if (!TakeHead(response, data)) return -1;
-    const auto* record = static_cast<const CshResultData*>(data);
+    const auto* record = RecordOf<CshResultData>(response, data);
+    if (record == nullptr) return -1;
     auto* body = response.mutable_cshgeneralresponse();
     body->set_sessionid(record->sessionId);
     body->set_error(static_cast<imsCommonStruc::CshError>(record->code));
@@ -46,7 +49,7 @@ IMS_RESPONSE(ResponseCshGeneralResponse) {
 
 IMS_NOTIFY(NotifyIshIncomingSession) {
     IMS_LOGV("%s()", __func__);
-    const auto* record = NotifyRecord<IshIncomingData>(notify, data);
+    const auto* record = RecordOf<IshIncomingData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_ishincomingsession();
     body->set_sessionid(record->sessionId);
@@ -71,7 +74,7 @@ IMS_NOTIFY(NotifyIshSessionTerminated) {
 
 IMS_NOTIFY(NotifyIshTransferProgress) {
     IMS_LOGV("%s()", __func__);
-    const auto* record = NotifyRecord<IshProgressData>(notify, data);
+    const auto* record = RecordOf<IshProgressData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_ishtransferprogress();
     body->set_sessionid(record->sessionId);

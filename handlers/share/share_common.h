@@ -1,7 +1,7 @@
 // What the image and video share notifications share.
 #pragma once
 
-#include "handlers/record_head.h"
+#include "handlers/common/record_head.h"
 
 namespace ims_share {
 
@@ -10,7 +10,7 @@ namespace ims_share {
 template <class Body, class Code>
 int NotifyResult(imsCommonStruc::Notify& notify, ImsData* data,
                  Body* (imsCommonStruc::Notify::*body)(), void (Body::*setCode)(Code)) {
-    const auto* record = NotifyRecord<CshResultData>(notify, data);
+    const auto* record = RecordOf<CshResultData>(notify, data);
     if (record == nullptr) return -1;
     Body* wire = (notify.*body)();
     wire->set_sessionid(record->sessionId);

@@ -2,11 +2,11 @@
 // authentication challenges, bootstrapped data and downloaded contacts.
 #include <string>
 
-#include "handlers/record_head.h"
+#include "handlers/common/record_head.h"
 
 IMS_NOTIFY(NotifyXdmGbaKey) {
     IMS_LOGV("%s()", __func__);
-    const auto* record = NotifyRecord<XdmGbaRequestData>(notify, data);
+    const auto* record = RecordOf<XdmGbaRequestData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_xdmreqgbadata();
     body->set_rid(record->rid);
@@ -17,7 +17,7 @@ IMS_NOTIFY(NotifyXdmGbaKey) {
 
 IMS_NOTIFY(NotifyXdmAuth) {
     IMS_LOGV("%s()", __func__);
-    const auto* record = NotifyRecord<XdmAuthData>(notify, data);
+    const auto* record = RecordOf<XdmAuthData>(notify, data);
     if (record == nullptr) return -1;
     if (logLevel > 1) IMS_LOGD("nonce %s", record->nonce.c_str());
     auto* body = notify.mutable_xdmauth();
@@ -29,7 +29,7 @@ IMS_NOTIFY(NotifyXdmAuth) {
 
 IMS_NOTIFY(NotifyXdmStoreGbaAndGenKey) {
     IMS_LOGV("%s()", __func__);
-    const auto* record = NotifyRecord<XdmStoreGbaKeyData>(notify, data);
+    const auto* record = RecordOf<XdmStoreGbaKeyData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_xdmstoregbadata();
     body->set_rid(record->rid);
@@ -97,7 +97,7 @@ void FillContact(imsCommonStruc::Contact* wire, const Contact& contact) {
 
 IMS_NOTIFY(NotifyXdmContactDownload) {
     IMS_LOGV("%s()", __func__);
-    const auto* record = NotifyRecord<XdmContactListData>(notify, data);
+    const auto* record = RecordOf<XdmContactListData>(notify, data);
     if (record == nullptr) return -1;
     auto* body = notify.mutable_contactdownloadnotify();
     body->set_rid(record->rid);

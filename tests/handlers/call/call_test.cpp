@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "handlers/handlers.h"
+#include "core/ims_tables.h"
 #include "tests/support/in_process.h"
 #include "tests/support/wire.h"
 

@@ -3,7 +3,7 @@
 // IMDN status and conference blocks, entry lines and null records.
 #include <gtest/gtest.h>
 
-#include "handlers/handlers.h"
+#include "core/ims_tables.h"
 #include "tests/support/in_process.h"
 
 using namespace velard_test;

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "handlers/handlers.h"
+#include "core/ims_tables.h"
 #include "tests/support/in_process.h"
 
 using namespace velard_test;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "handlers/record_head.h"
+#include "handlers/common/record_head.h"
 
 namespace helpers {
 
