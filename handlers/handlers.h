@@ -10,8 +10,8 @@
 #include "handlers/common/ims_log.h"
 
 // A dispatch handler's own copy of its sub-message, moved out of the request
-// rather than copied: the request is the caller's and is destroyed as soon as
-// the handler returns, so copying every string of a large body would only
+// rather than copied: the request is the caller's and is parsed into again
+// for the next record, so copying every string of a large body would only
 // double the allocations. An absent sub-message comes out empty and reads as
 // its defaults, as the default instance would.
 template <class Body>

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "handlers/common/record_head.h"
+#include "handlers/common/take_fields.h"
 #include "imsCommonStruc.pb.h"
 #include "stack/velar.h"
 
@@ -22,10 +23,12 @@ Record* NewRecord(int id) {
 }
 
 // The stack takes one value per header name; the first pair that names it
-// wins, as the framework lists the preferred value first.
-inline std::map<std::string, std::string> HeaderMap(const imsCommonStruc::ExtraHeader& headers) {
+// wins, as the framework lists the preferred value first. The pairs are moved
+// out of a body that the handler owns.
+inline std::map<std::string, std::string> HeaderMap(imsCommonStruc::ExtraHeader* headers) {
     std::map<std::string, std::string> map;
-    for (const auto& pair : headers.pair()) map.emplace(pair.key(), pair.value());
+    for (auto& pair : *headers->mutable_pair())
+        map.emplace(TAKE_STRING(pair, key), TAKE_STRING(pair, value));
     return map;
 }
 
@@ -34,7 +37,7 @@ inline std::map<std::string, std::string> HeaderMap(const imsCommonStruc::ExtraH
 template <class Body>
 std::unique_ptr<AdditionalContents> ContentsOf(const Body& body) {
     if (!body.has_additionalcontents()) return nullptr;
-    const imsCommonStruc::AdditionalContents contents = body.additionalcontents();
+    const imsCommonStruc::AdditionalContents& contents = body.additionalcontents();
     return std::make_unique<AdditionalContents>(contents.mimetype(), contents.contents());
 }
 

@@ -5,21 +5,24 @@
 #include <vector>
 
 #include "handlers/call/call_common.h"
+#include "handlers/common/take_fields.h"
 #include "handlers/handlers.h"
 
 IMS_DISPATCH(DispatchMakeCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestmakecall());
+    auto body = TakeBody(request.mutable_requestmakecall());
 
     // letteringText and typeOfEmergencyService are not the stack's business:
     // an emergency call differs only in what the framework fills in below.
     auto* record = new CallSetupData(
-        request.reqid(), static_cast<int>(body.handle()), body.peeruri(), body.origuri(),
-        body.dispname(), body.dialednumber(), std::string(), static_cast<int>(body.calltype()),
-        static_cast<int>(body.codec()), body.mode(), body.direction(), ims_call::ContentsOf(body),
-        body.cli(), body.softphonee911pani(), ims_call::HeaderMap(body.additionalsipheaders()),
-        body.alertinfo(), body.photoring());
-    for (const auto& ecscf : body.ecscflist()) record->mEcscfList.push_back(ecscf);
+        request.reqid(), static_cast<int>(body.handle()), TAKE_STRING(body, peeruri),
+        TAKE_STRING(body, origuri), TAKE_STRING(body, dispname), TAKE_STRING(body, dialednumber),
+        std::string(), static_cast<int>(body.calltype()), static_cast<int>(body.codec()),
+        body.mode(), body.direction(), ims_call::ContentsOf(body), TAKE_STRING(body, cli),
+        TAKE_STRING(body, softphonee911pani),
+        ims_call::HeaderMap(body.mutable_additionalsipheaders()), TAKE_STRING(body, alertinfo),
+        TAKE_STRING(body, photoring));
+    record->mEcscfList = TakeStrings(body.mutable_ecscflist());
     // 0 means "no port given": the stack keeps its own default then.
     if (body.ecscfport() != 0) record->mEcscfPort = body.ecscfport();
     s_velar->OnRequest(token, record);
@@ -61,10 +64,11 @@ IMS_DISPATCH(DispatchRejectCall) {
 
 IMS_DISPATCH(DispatchProgressIncomingCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestprogressincomingcall());
+    auto body = TakeBody(request.mutable_requestprogressincomingcall());
     auto* record = new CallSessionId(request.reqid(), static_cast<int>(body.session()));
     // Only a present header list reaches the stack, even an empty one.
-    if (body.has_extraheader()) record->setExtraHeader(ims_call::HeaderMap(body.extraheader()));
+    if (body.has_extraheader())
+        record->setExtraHeader(ims_call::HeaderMap(body.mutable_extraheader()));
     s_velar->OnRequest(token, record);
 }
 

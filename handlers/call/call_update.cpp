@@ -1,6 +1,7 @@
 // Requests on a call that stands: hold and resume, camera, re-INVITE, call
 // type changes, DTMF, the audio interface, INFO and dialog publication.
 #include "handlers/call/call_common.h"
+#include "handlers/common/take_fields.h"
 #include "handlers/handlers.h"
 
 namespace {
@@ -16,27 +17,27 @@ void SendSessionOnly(uint32_t token, int id, const char* name, uint32_t session)
 }  // namespace
 
 IMS_DISPATCH(DispatchHoldCall) {
-    const auto body = TakeBody(request.mutable_requestholdcall());
+    auto body = TakeBody(request.mutable_requestholdcall());
     SendSessionOnly(token, request.reqid(), __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchResumeCall) {
-    const auto body = TakeBody(request.mutable_requestresumecall());
+    auto body = TakeBody(request.mutable_requestresumecall());
     SendSessionOnly(token, request.reqid(), __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchHoldVideo) {
-    const auto body = TakeBody(request.mutable_requestholdvideo());
+    auto body = TakeBody(request.mutable_requestholdvideo());
     SendSessionOnly(token, request.reqid(), __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchResumeVideo) {
-    const auto body = TakeBody(request.mutable_requestresumevideo());
+    auto body = TakeBody(request.mutable_requestresumevideo());
     SendSessionOnly(token, request.reqid(), __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchStartCamera) {
-    const auto body = TakeBody(request.mutable_requeststartcamera());
+    auto body = TakeBody(request.mutable_requeststartcamera());
     const unsigned int camera = body.camera();
     s_velar->OnRequest(token, new StartCamera(request.reqid(), body.session(), camera));
     IMS_LOGI("%s() cameraId: %d", __func__, camera);
@@ -50,26 +51,26 @@ IMS_DISPATCH(DispatchStopCamera) {
 
 IMS_DISPATCH(DispatchUpdateCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestupdatecall());
+    auto body = TakeBody(request.mutable_requestupdatecall());
     auto* record = ims_call::NewRecord<CallUpdateData>(request.reqid());
     record->mSession = static_cast<int>(body.session());
     record->mAction = static_cast<int>(body.action());
     record->mCodecType = static_cast<int>(body.codectype());
     record->mCause = static_cast<int>(body.cause());
-    record->mReasonText = body.reasontext();
+    record->mReasonText = TAKE_STRING(body, reasontext);
     s_velar->OnRequest(token, record);
 }
 
 IMS_DISPATCH(DispatchModifyCallType) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestmodifycalltype());
+    auto body = TakeBody(request.mutable_requestmodifycalltype());
     s_velar->OnRequest(token, new ModifyCallTypeData(request.reqid(), body.session(),
                                                      body.oldtype(), body.newtype()));
 }
 
 IMS_DISPATCH(DispatchReplyModifyCallType) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestreplymodifycalltype());
+    auto body = TakeBody(request.mutable_requestreplymodifycalltype());
     auto* record = ims_call::NewRecord<ReplyModifyCallType>(request.reqid());
     record->mSession = static_cast<int>(body.session());
     record->mReqType = body.reqtype();
@@ -80,7 +81,7 @@ IMS_DISPATCH(DispatchReplyModifyCallType) {
 
 IMS_DISPATCH(DispatchRejectModifyCallType) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestrejectmodifycalltype());
+    auto body = TakeBody(request.mutable_requestrejectmodifycalltype());
     auto* record = ims_call::NewRecord<RejectModifyCallType>(request.reqid());
     record->mSession = static_cast<int>(body.session());
     record->mReason = body.reason();
@@ -89,7 +90,7 @@ IMS_DISPATCH(DispatchRejectModifyCallType) {
 
 IMS_DISPATCH(DispatchSendDtmf) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestsenddtmf());
+    auto body = TakeBody(request.mutable_requestsenddtmf());
     auto* record = ims_call::NewRecord<CallSendDtmf>(request.reqid());
     record->mHandle = static_cast<int>(body.handle());
     record->mSession = static_cast<int>(body.session());
@@ -110,7 +111,7 @@ IMS_DISPATCH(DispatchUpdateAudioInterface) {
 
 IMS_DISPATCH(DispatchSendInfo) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestsendinfo());
+    auto body = TakeBody(request.mutable_requestsendinfo());
     s_velar->OnRequest(
         token, new CallSendInfo(request.reqid(), body.handle(), body.session(),
                                 static_cast<int>(body.calltype()), ims_call::ContentsOf(body)));
@@ -118,12 +119,12 @@ IMS_DISPATCH(DispatchSendInfo) {
 
 IMS_DISPATCH(DispatchPublishDialog) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestpublishdialog());
+    auto body = TakeBody(request.mutable_requestpublishdialog());
     auto* record = ims_call::NewRecord<CallPublishData>(request.reqid());
     record->mHandle = static_cast<int>(body.handle());
-    record->mOrigUri = body.origuri();
-    record->mDispName = body.dispname();
-    record->mXmlBody = body.xmlbody();
+    record->mOrigUri = TAKE_STRING(body, origuri);
+    record->mDispName = TAKE_STRING(body, dispname);
+    record->mXmlBody = TAKE_STRING(body, xmlbody);
     record->mExpireTime = body.expiretime();
     s_velar->OnRequest(token, record);
 }

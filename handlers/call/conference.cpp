@@ -1,9 +1,11 @@
 // Requests that involve more than one call leg: conferences, transfers and
 // pulling a call from another device.
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "handlers/call/call_common.h"
+#include "handlers/common/take_fields.h"
 #include "handlers/handlers.h"
 
 namespace {
@@ -11,20 +13,21 @@ namespace {
 // A new conference (209) and a call extended to one (222) carry the same
 // body; only the record id tells the stack which it is.
 void SendConfCallSetup(uint32_t token, imsCommonStruc::Request& request) {
-    const auto body = TakeBody(request.mutable_requestmakeconfcall());
+    auto body = TakeBody(request.mutable_requestmakeconfcall());
     std::vector<int> sessions;
     for (int session : body.sessionid()) {
         if (logLevel > 1) IMS_LOGD("participants %d", session);
         sessions.push_back(session);
     }
-    std::vector<std::string> participants(body.participants().begin(), body.participants().end());
     s_velar->OnRequest(
-        token, new ConfCallSetupData(request.reqid(), static_cast<int>(body.handle()),
-                                     body.confuri(), static_cast<int>(body.calltype()),
-                                     static_cast<int>(body.conftype()), body.eventsubscribe(),
-                                     body.dialogtype(), body.origuri(), body.referuritype(),
-                                     body.referuriasserted(), body.useanonymousupdate(), sessions,
-                                     participants, ims_call::HeaderMap(body.extraheaders())));
+        token, new ConfCallSetupData(
+                   request.reqid(), static_cast<int>(body.handle()), TAKE_STRING(body, confuri),
+                   static_cast<int>(body.calltype()), static_cast<int>(body.conftype()),
+                   TAKE_STRING(body, eventsubscribe), TAKE_STRING(body, dialogtype),
+                   TAKE_STRING(body, origuri), TAKE_STRING(body, referuritype),
+                   TAKE_STRING(body, referuriasserted), TAKE_STRING(body, useanonymousupdate),
+                   std::move(sessions), TakeStrings(body.mutable_participants()),
+                   ims_call::HeaderMap(body.mutable_extraheaders())));
 }
 
 }  // namespace

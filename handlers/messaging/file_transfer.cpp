@@ -2,6 +2,7 @@
 // offer of an incoming file. The daemon moves no file content, only its
 // description; the same progress and incoming handlers serve standalone
 // files under their own ids.
+#include "handlers/common/take_fields.h"
 #include "handlers/messaging/file_transfer.h"
 
 #include <memory>
@@ -64,9 +65,9 @@ void fileAttrToWire(imsCommonStruc::ImFileAttr* wire, const FileAttr& attr) {
 
 IMS_DISPATCH(DispatchFTStartSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requeststartftsession());
-    const auto& wireSession = body.sessiondata();
-    const auto& wirePayload = body.payload();
+    auto body = TakeBody(request.mutable_requeststartftsession());
+    auto& wireSession = *body.mutable_sessiondata();
+    auto& wirePayload = *body.mutable_payload();
 
     // The content type and service id of a transfer stay empty.
     auto* session = new FtSessionParam();
@@ -97,20 +98,20 @@ IMS_DISPATCH(DispatchFTStartSession) {
 
 IMS_DISPATCH(DispatchFTAcceptSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestacceptftsession());
+    auto body = TakeBody(request.mutable_requestacceptftsession());
     auto* record = new RequestAcceptFtSession(request.reqid());
     record->handle = body.sessionhandle();
     record->start = body.start();
     record->end = body.end();
-    record->filePath = body.filepath();
-    record->userAlias = body.useralias();
+    record->filePath = TAKE_STRING(body, filepath);
+    record->userAlias = TAKE_STRING(body, useralias);
     s_velar->OnRequest(token, record);
 }
 
 // Serves 522 and 552 alike: the record keeps the id the client used.
 IMS_DISPATCH(DispatchFTCancelSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestcancelftsession());
+    auto body = TakeBody(request.mutable_requestcancelftsession());
     auto* record = new CancelFtSessionData(static_cast<int>(request.reqid()));
     record->handle = body.sessionhandle();
     record->sipCode = body.sipcode();

@@ -3,27 +3,28 @@
 #include <string>
 #include <vector>
 
+#include "handlers/common/take_fields.h"
 #include "handlers/handlers.h"
 #include "handlers/messaging/protobuf_data_translation.h"
 #include "handlers/common/record_head.h"
 
 IMS_DISPATCH(DispatchIMSendMessage) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestsendimmessage());
-    const auto& param = body.messageparam();
+    auto body = TakeBody(request.mutable_requestsendimmessage());
+    auto& param = *body.mutable_messageparam();
 
     // The session already fixes who sends and who receives; of the message
     // only its content and delivery data go down. Sender, alias, receiver,
     // burn, public-account, silence and CPIM fields of the wire are not read.
     auto* message = new ImMessage();
-    message->body = param.body();
-    message->contentType = param.contenttype();
+    message->body = TAKE_STRING(param, body);
+    message->contentType = TAKE_STRING(param, contenttype);
     message->imdn = protobuf_data_translation::translateFwImdnData(param.imdn());
-    message->deviceName = param.devicename();
-    message->reliableMessage = param.reliablemessage();
-    message->xmsMessage = param.xmsmessage();
+    message->deviceName = TAKE_STRING(param, devicename);
+    message->reliableMessage = TAKE_STRING(param, reliablemessage);
+    message->xmsMessage = TAKE_STRING(param, xmsmessage);
     message->extraFt = param.extraft();
-    message->ccParticipants.assign(param.ccparticipants().begin(), param.ccparticipants().end());
+    message->ccParticipants = TakeStrings(param.mutable_ccparticipants());
 
     auto* record = new RequestSendImMessage(request.reqid());
     record->handle = body.sessiondata().sessionhandle();
@@ -33,7 +34,7 @@ IMS_DISPATCH(DispatchIMSendMessage) {
 
 IMS_DISPATCH(DispatchIMSendComposingStatus) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestsendimcomposingstatus());
+    auto body = TakeBody(request.mutable_requestsendimcomposingstatus());
     auto* record = new RequestSendImComposingStatus(request.reqid());
     record->handle = body.sessionid();
     record->status.contentType = body.status().contenttype();
@@ -49,8 +50,8 @@ IMS_DISPATCH(DispatchIMSendNotiStatus) {
     static constexpr const char* kSignature =
         "void DispatchIMSendNotiStatus(uint32_t, imsCommonStruc::Request&, "
         "RequestInfo*)";
-    const auto body = TakeBody(request.mutable_requestsendimnotificationstatus());
-    const auto& status = body.status();
+    auto body = TakeBody(request.mutable_requestsendimnotificationstatus());
+    auto& status = *body.mutable_status();
     const int value = static_cast<int>(status.status());
     if (value != 0 && value != 1) {
         IMS_LOGE("%s: Unsupported status!", methodName(kSignature).c_str());
@@ -65,30 +66,30 @@ IMS_DISPATCH(DispatchIMSendNotiStatus) {
     // Statuses 0 and 1 have the same numbers on both sides.
     auto* record = new RequestSendImNotiStatus(request.reqid());
     record->handle = body.sessionid();
-    record->imdnMessageId = status.imdnmessageid();
-    record->imdnDateTime = status.imdndatetime();
+    record->imdnMessageId = TAKE_STRING(status, imdnmessageid);
+    record->imdnDateTime = TAKE_STRING(status, imdndatetime);
     record->status = static_cast<cpmim::ImNotificationStatus>(value);
     record->imdnRecRoute =
         protobuf_data_translation::translateFwImdnRecRoutes(status.imdnrecroute());
     record->registrationHandle = body.registrationhandle();
     record->uri = body.uri();
-    record->conversationId = body.conversationid();
-    record->contributionId = body.contributionid();
+    record->conversationId = TAKE_STRING(body, conversationid);
+    record->contributionId = TAKE_STRING(body, contributionid);
     record->service = service;
-    record->preferredLineUri = body.preferredlineuri();
-    record->originalRecipientUri = body.originalrecipienturi();
+    record->preferredLineUri = TAKE_STRING(body, preferredlineuri);
+    record->originalRecipientUri = TAKE_STRING(body, originalrecipienturi);
     s_velar->OnRequest(token, record);
 }
 
 IMS_DISPATCH(DispatchUpdateParticipants) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestupdateparticipants());
+    auto body = TakeBody(request.mutable_requestupdateparticipants());
     auto* record = new RequestUpdateParticipants(request.reqid());
     record->handle = body.sessionhandle();
     record->reqType = static_cast<int32_t>(body.reqtype());
-    record->receivers.assign(body.receiver().begin(), body.receiver().end());
-    record->subject = body.subject();
-    record->userAlias = body.useralias();
+    record->receivers = TakeStrings(body.mutable_receiver());
+    record->subject = TAKE_STRING(body, subject);
+    record->userAlias = TAKE_STRING(body, useralias);
     s_velar->OnRequest(token, record);
 }
 

@@ -4,24 +4,25 @@
 #include <string>
 #include <vector>
 
+#include "handlers/common/take_fields.h"
 #include "handlers/handlers.h"
 #include "handlers/messaging/protobuf_data_translation.h"
 #include "handlers/common/record_head.h"
 
 IMS_DISPATCH(DispatchIMStartSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requeststartimsession());
-    const auto& wireSession = body.session();
-    const auto& base = wireSession.basesessiondata();
+    auto body = TakeBody(request.mutable_requeststartimsession());
+    auto& wireSession = *body.mutable_session();
+    auto& base = *wireSession.mutable_basesessiondata();
 
     // The stack always gets a message, empty when the client sent none. Of a
     // first message only these fields are meant for the invitation.
     auto message = std::make_unique<ImMessage>();
     if (body.has_messageparam()) {
-        const auto& param = body.messageparam();
-        message->body = param.body();
-        message->contentType = param.contenttype();
-        message->xmsMessage = param.xmsmessage();
+        auto& param = *body.mutable_messageparam();
+        message->body = TAKE_STRING(param, body);
+        message->contentType = TAKE_STRING(param, contenttype);
+        message->xmsMessage = TAKE_STRING(param, xmsmessage);
         message->extraFt = param.extraft();
         message->imdn = protobuf_data_translation::translateFwImdnData(param.imdn());
     }
@@ -30,24 +31,23 @@ IMS_DISPATCH(DispatchIMStartSession) {
     session->sessionHandle = base.sessionhandle();
     session->id = base.id();
     session->isConference = base.isconference();
-    session->sessionUri = base.sessionuri();
-    session->userAlias = base.useralias();
-    session->receivers.assign(base.receivers().begin(), base.receivers().end());
-    session->contributionId = base.contributionid();
-    session->conversationId = base.conversationid();
-    session->inReplyToContributionId = base.inreplytocontributionid();
-    session->preferredLineUri = base.preferredlineuri();
-    session->sdpContentType = base.sdpcontenttype();
+    session->sessionUri = TAKE_STRING(base, sessionuri);
+    session->userAlias = TAKE_STRING(base, useralias);
+    session->receivers = TakeStrings(base.mutable_receivers());
+    session->contributionId = TAKE_STRING(base, contributionid);
+    session->conversationId = TAKE_STRING(base, conversationid);
+    session->inReplyToContributionId = TAKE_STRING(base, inreplytocontributionid);
+    session->preferredLineUri = TAKE_STRING(base, preferredlineuri);
+    session->sdpContentType = TAKE_STRING(base, sdpcontenttype);
     session->serviceId = base.serviceid();
-    session->sender = wireSession.sender();
-    session->subject = wireSession.subject();
+    session->sender = TAKE_STRING(wireSession, sender);
+    session->subject = TAKE_STRING(wireSession, subject);
     session->isRejoin = wireSession.isrejoin();
     session->isClosed = wireSession.isclosed();
     session->isInviteforbye = wireSession.isinviteforbye();
     session->isExtension = wireSession.isextension();
-    session->acceptTypes.assign(wireSession.accepttypes().begin(), wireSession.accepttypes().end());
-    session->acceptWrappedTypes.assign(wireSession.acceptwrappedtypes().begin(),
-                                       wireSession.acceptwrappedtypes().end());
+    session->acceptTypes = TakeStrings(wireSession.mutable_accepttypes());
+    session->acceptWrappedTypes = TakeStrings(wireSession.mutable_acceptwrappedtypes());
 
     s_velar->OnRequest(
         token, new ImStartSessionData(request.reqid(), static_cast<int>(body.registrationhandle()),
@@ -56,15 +56,15 @@ IMS_DISPATCH(DispatchIMStartSession) {
 
 IMS_DISPATCH(DispatchAcceptImSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestacceptimsession());
+    auto body = TakeBody(request.mutable_requestacceptimsession());
     s_velar->OnRequest(
         token, new RequestAcceptImSession(request.reqid(), static_cast<int>(body.sessionid()),
-                                          body.useralias()));
+                                          TAKE_STRING(body, useralias)));
 }
 
 IMS_DISPATCH(DispatchImCloseSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestcloseimsession());
+    auto body = TakeBody(request.mutable_requestcloseimsession());
     auto* record = new CloseImSessionData(request.reqid());
     record->handle = body.sessionid();
     // Taken as it stands: without reasonHdr the stack gets code 0, not the
@@ -76,13 +76,14 @@ IMS_DISPATCH(DispatchImCloseSession) {
 
 IMS_DISPATCH(DispatchRejectImSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestrejectimsession());
+    auto body = TakeBody(request.mutable_requestrejectimsession());
     auto* record = new RequestRejectImSession(request.reqid());
     record->handle = body.sessionhandle();
     record->sipCode = static_cast<int32_t>(body.sipcode());
     if (body.has_warninghdr()) {
-        const auto& warning = body.warninghdr();
-        record->warning = WarningHdr(warning.code(), warning.host(), warning.text());
+        auto& warning = *body.mutable_warninghdr();
+        record->warning =
+            WarningHdr(warning.code(), TAKE_STRING(warning, host), TAKE_STRING(warning, text));
     } else {
         record->warning = WarningHdr(-1, "", "");
     }

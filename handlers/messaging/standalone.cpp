@@ -4,6 +4,7 @@
 // progress go through the file transfer handlers.
 #include <string>
 
+#include "handlers/common/take_fields.h"
 #include "handlers/handlers.h"
 #include "handlers/messaging/file_transfer.h"
 #include "handlers/messaging/protobuf_data_translation.h"
@@ -32,21 +33,21 @@ Record* newStandaloneRecord(int id, const Body& body) {
 
 IMS_DISPATCH(DispatchIMSendSlmMessage) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestsendimslmmessage());
-    const auto& wireSession = body.sessiondata();
-    const auto& wireMessage = body.messageparam();
+    auto body = TakeBody(request.mutable_requestsendimslmmessage());
+    auto& wireSession = *body.mutable_sessiondata();
+    auto& wireMessage = *body.mutable_messageparam();
 
     auto* record = newStandaloneRecord<RequestSendImSlmMessage>(request.reqid(), body);
 
     ImMessage& message = record->message;
     // The alias of a standalone message is the session's, not the message's.
-    message.userAlias = wireSession.useralias();
-    message.body = wireMessage.body();
-    message.contentType = wireMessage.contenttype();
+    message.userAlias = TAKE_STRING(wireSession, useralias);
+    message.body = TAKE_STRING(wireMessage, body);
+    message.contentType = TAKE_STRING(wireMessage, contenttype);
     message.imdn = translateFwImdnData(wireMessage.imdn());
-    message.deviceName = wireMessage.devicename();
-    message.reliableMessage = wireMessage.reliablemessage();
-    message.xmsMessage = wireMessage.xmsmessage();
+    message.deviceName = TAKE_STRING(wireMessage, devicename);
+    message.reliableMessage = TAKE_STRING(wireMessage, reliablemessage);
+    message.xmsMessage = TAKE_STRING(wireMessage, xmsmessage);
     message.extraFt = wireMessage.extraft();
     message.isBurnMsg = wireMessage.isburnmsg();
     message.isPublicAccountMsg = wireMessage.ispublicaccountmsg();
@@ -59,13 +60,13 @@ IMS_DISPATCH(DispatchIMSendSlmMessage) {
 
 IMS_DISPATCH(DispatchSlmSendFile) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestsendslmfile());
-    const auto& wireSession = body.sessiondata();
-    const auto& wirePayload = body.payloadparam();
+    auto body = TakeBody(request.mutable_requestsendslmfile());
+    auto& wireSession = *body.mutable_sessiondata();
+    auto& wirePayload = *body.mutable_payloadparam();
 
     auto* record = newStandaloneRecord<RequestSlmSendFile>(request.reqid(), body);
-    record->session.sessionUri = wireSession.sessionuri();
-    record->session.sdpContentType = wireSession.sdpcontenttype();
+    record->session.sessionUri = TAKE_STRING(wireSession, sessionuri);
+    record->session.sdpContentType = TAKE_STRING(wireSession, sdpcontenttype);
 
     // A standalone file always goes whole, whatever range the client names,
     // and without an icon; an empty file wraps round to the largest offset,

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "handlers/common/record_head.h"
+#include "handlers/common/take_fields.h"
 
 namespace {
 
@@ -35,7 +36,7 @@ std::vector<Element*> ConvertElements(const WireElements& wire) {
 
 IMS_DISPATCH(DispatchPresencePublish) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestpresencepublish());
+    auto body = TakeBody(request.mutable_requestpresencepublish());
 
     std::vector<PersonTuple*> persons;
     for (const auto& wire : body.persontuples()) {
@@ -70,16 +71,16 @@ IMS_DISPATCH(DispatchPresencePublish) {
 
     std::vector<Element*> notes = ConvertElements(body.notes());
     auto* presentity =
-        new Presentity(body.uri(), persons, services, devices, notes, body.timestamp());
+        new Presentity(body.uri(), persons, services, devices, notes, TAKE_STRING(body, timestamp));
     auto* record = new PresencePublishData(request.reqid(), static_cast<int>(body.handle()),
-                                           presentity, body.expiretime(), body.etag());
+                                           presentity, body.expiretime(), TAKE_STRING(body, etag));
     IMS_LOGI("%s() profile handle %d", __func__, static_cast<int>(body.handle()));
     s_velar->OnRequest(token, record);
 }
 
 IMS_DISPATCH(DispatchPresenceUnpublish) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestpresenceunpublish());
+    auto body = TakeBody(request.mutable_requestpresenceunpublish());
     // A withdrawal carries no document and no entity tag.
     auto* record =
         new PresencePublishData(request.reqid(), static_cast<int>(body.handle()), nullptr, 0, "");

@@ -4,14 +4,15 @@
 #include <vector>
 
 #include "handlers/common/record_head.h"
+#include "handlers/common/take_fields.h"
 
 IMS_DISPATCH(DispatchPresenceSubscribe) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestpresencesubscribe());
+    auto body = TakeBody(request.mutable_requestpresencesubscribe());
     auto* record = new PresenceSubscribeData;
     record->id = request.reqid();
     record->handle = static_cast<int>(body.handle());
-    record->uris.assign(body.uri().begin(), body.uri().end());
+    record->uris = TakeStrings(body.mutable_uri());
     record->isAnonymous = body.isanonymous();
     record->isListSubscribe = body.islistsubscribe();
     record->subscriptionId = body.subscriptionid();
@@ -23,7 +24,7 @@ IMS_DISPATCH(DispatchPresenceSubscribe) {
 
 IMS_DISPATCH(DispatchPresenceUnsubscribe) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestpresenceunsubscribe());
+    auto body = TakeBody(request.mutable_requestpresenceunsubscribe());
     auto* record = new PresenceSubscribeData;
     record->id = request.reqid();
     record->handle = static_cast<int>(body.handle());

@@ -3,6 +3,7 @@
 #include <map>
 #include <string>
 
+#include "handlers/common/take_fields.h"
 #include "handlers/handlers.h"
 
 namespace {
@@ -19,26 +20,29 @@ std::map<std::string, std::string> firstKeyWins(const Pairs& pairs) {
 
 IMS_DISPATCH(DispatchUpdateCommonConfig) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestupdatecommonconfig());
+    auto body = TakeBody(request.mutable_requestupdatecommonconfig());
     auto* record = new ConfigData(request.reqid());
 
     // The stack takes the sections in this order, which is not the wire's.
     // A section left out keeps what the constructor made: its setter is not
     // called with defaults.
     if (body.has_xdmconfig()) {
-        const auto& xdm = body.xdmconfig();
-        record->SetXDMConfig(xdm.enabled(), xdm.httpusername(), xdm.httppasswd(), xdm.xcaprooturi(),
-                             xdm.authproxyserver(), static_cast<int>(xdm.authproxyport()),
-                             xdm.bsfserver(), static_cast<int>(xdm.bsfserverport()),
-                             xdm.useragent(), static_cast<int>(xdm.mno()), xdm.impu(), xdm.impi(),
-                             xdm.enablegba());
+        auto& xdm = *body.mutable_xdmconfig();
+        record->SetXDMConfig(xdm.enabled(), TAKE_STRING(xdm, httpusername),
+                             TAKE_STRING(xdm, httppasswd), TAKE_STRING(xdm, xcaprooturi),
+                             TAKE_STRING(xdm, authproxyserver),
+                             static_cast<int>(xdm.authproxyport()), TAKE_STRING(xdm, bsfserver),
+                             static_cast<int>(xdm.bsfserverport()), TAKE_STRING(xdm, useragent),
+                             static_cast<int>(xdm.mno()), TAKE_STRING(xdm, impu),
+                             TAKE_STRING(xdm, impi), xdm.enablegba());
     }
     if (body.has_regiconfig()) {
-        const auto& regi = body.regiconfig();
-        record->SetRegiConfig(regi.imei(), regi.supported(), regi.privacy());
+        auto& regi = *body.mutable_regiconfig();
+        record->SetRegiConfig(TAKE_STRING(regi, imei), TAKE_STRING(regi, supported),
+                              TAKE_STRING(regi, privacy));
     }
     if (body.has_ssconfig()) {
-        const auto& ss = body.ssconfig();
+        auto& ss = *body.mutable_ssconfig();
         record->SetSSConfig(ss.callwaiting(), ss.supporttls(), ss.ssmode(), ss.sscbmode(),
                             static_cast<int>(ss.mediatype()), static_cast<int>(ss.ipversion()),
                             ss.supportmultidns(), ss.supportretry(), ss.supportcpelement(),
@@ -52,16 +56,16 @@ IMS_DISPATCH(DispatchUpdateCommonConfig) {
         record->SetSrvccConfig(static_cast<int>(body.srvccconfig().version()));
     }
     if (body.has_rcsconfig()) {
-        const auto& rcs = body.rcsconfig();
+        auto& rcs = *body.mutable_rcsconfig();
         ConfigData::RcsConfig config;
         config.rcsFtChunkSize = rcs.rcsftchunksize();
         config.rcsIshChunkSize = rcs.rcsishchunksize();
-        config.confUri = rcs.confuri();
+        config.confUri = TAKE_STRING(rcs, confuri);
         config.isMsrpCema = rcs.ismsrpcema();
-        config.downloadsPath = rcs.downloadspath();
+        config.downloadsPath = TAKE_STRING(rcs, downloadspath);
         config.isConfSubscribeEnabled = rcs.isconfsubscribeenabled();
         config.isClosedGroupChat = rcs.isclosedgroupchat();
-        config.exploderUri = rcs.exploderuri();
+        config.exploderUri = TAKE_STRING(rcs, exploderuri);
         config.pagerModeSizeLimit = rcs.pagermodesizelimit();
         record->SetRcsConfig(config);
     }

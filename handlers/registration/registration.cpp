@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "handlers/common/helpers.h"
+#include "handlers/common/take_fields.h"
 
 namespace {
 
@@ -33,22 +34,22 @@ int fillRegistrationStatus(const char* name, imsCommonStruc::Notify& notify, Ims
 
 IMS_DISPATCH(DispatchRegistration) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestregistration());
+    auto body = TakeBody(request.mutable_requestregistration());
     const std::list<std::string> pcscfAddrList(body.pcscfaddrlist().begin(),
                                                body.pcscfaddrlist().end());
     // An absent isExplicitDeregi reads as the schema's default, true.
-    auto* record =
-        new RegiSetupData(request.reqid(), static_cast<int>(body.handle()), pcscfAddrList,
-                          static_cast<int>(body.pcscfport()), helpers::toVector(body.servicelist()),
-                          static_cast<int>(body.regexp()), helpers::toVector(body.impulist()),
-                          helpers::toTags(body.featuretaglist()), body.isexplicitderegi(),
-                          helpers::toVector(body.thirdpartyfeaturelist()), body.accesstoken());
+    auto* record = new RegiSetupData(
+        request.reqid(), static_cast<int>(body.handle()), pcscfAddrList,
+        static_cast<int>(body.pcscfport()), helpers::toVector(body.servicelist()),
+        static_cast<int>(body.regexp()), helpers::toVector(body.impulist()),
+        helpers::toTags(body.featuretaglist()), body.isexplicitderegi(),
+        helpers::toVector(body.thirdpartyfeaturelist()), TAKE_STRING(body, accesstoken));
     s_velar->OnRequest(token, record);
 }
 
 IMS_DISPATCH(DispatchUpdateAkaResp) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestupdateakaresp());
+    auto body = TakeBody(request.mutable_requestupdateakaresp());
     // The AKA response is a credential: never in a production log.
     if (!IsShipBuild() && logLevel >= 2) IMS_LOGD("%s() %s", __func__, body.akaresp().c_str());
     auto* record =
@@ -59,21 +60,22 @@ IMS_DISPATCH(DispatchUpdateAkaResp) {
 
 IMS_DISPATCH(DispatchSetPreferredImpu) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestsetpreferredimpu());
-    s_velar->OnRequest(token, new UpdatePreferredImpu(
-                                  request.reqid(), static_cast<int>(body.handle()), body.impu()));
+    auto body = TakeBody(request.mutable_requestsetpreferredimpu());
+    s_velar->OnRequest(token,
+                       new UpdatePreferredImpu(request.reqid(), static_cast<int>(body.handle()),
+                                               TAKE_STRING(body, impu)));
 }
 
 IMS_DISPATCH(DispatchNetworkSuspended) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestnetworksuspended());
+    auto body = TakeBody(request.mutable_requestnetworksuspended());
     s_velar->OnRequest(token, new NetworkSuspended(request.reqid(), static_cast<int>(body.handle()),
                                                    body.state()));
 }
 
 IMS_DISPATCH(DispatchUpdateFeatureTag) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestupdatefeaturetag());
+    auto body = TakeBody(request.mutable_requestupdatefeaturetag());
     s_velar->OnRequest(token, new PairData<int, std::vector<unsigned int>>(
                                   request.reqid(), static_cast<int>(body.handle()),
                                   helpers::toTags(body.featuretaglist())));

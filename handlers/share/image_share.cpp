@@ -2,34 +2,35 @@
 // share. Numbers (CshError, CshRejectReason) pass unchanged.
 #include <string>
 
+#include "handlers/common/take_fields.h"
 #include "handlers/share/share_common.h"
 
 namespace ims = imsCommonStruc;
 
 IMS_DISPATCH(DispatchIshStartSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestishstartsession());
+    auto body = TakeBody(request.mutable_requestishstartsession());
     auto* record = new StartIshSession;
     record->id = request.reqid();
     record->registrationHandle = body.registrationhandle();
-    record->remoteUri = body.remoteuri();
-    record->filePath = body.filepath();
+    record->remoteUri = TAKE_STRING(body, remoteuri);
+    record->filePath = TAKE_STRING(body, filepath);
     record->size = body.size();
-    record->contentType = body.contenttype();
+    record->contentType = TAKE_STRING(body, contenttype);
     s_velar->OnRequest(token, record);
 }
 
 IMS_DISPATCH(DispatchIshAcceptSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestishacceptsession());
+    auto body = TakeBody(request.mutable_requestishacceptsession());
     s_velar->OnRequest(
         token, new TupleData<int, std::string>(request.reqid(), static_cast<int>(body.sessionid()),
-                                               body.filepath()));
+                                               TAKE_STRING(body, filepath)));
 }
 
 IMS_DISPATCH(DispatchIshStopSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestishstopsession());
+    auto body = TakeBody(request.mutable_requestishstopsession());
     // The stack takes no reason for stopping: the wire's reason stays here.
     s_velar->OnRequest(
         token, new TupleData<int, std::string>(request.reqid(), static_cast<int>(body.sessionid()),

@@ -1,30 +1,31 @@
 // Video share sessions: a start names only the remote party, accepting and
 // stopping only the session.
+#include "handlers/common/take_fields.h"
 #include "handlers/share/share_common.h"
 
 namespace ims = imsCommonStruc;
 
 IMS_DISPATCH(DispatchVshStartSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestvshstartsession());
+    auto body = TakeBody(request.mutable_requestvshstartsession());
     // filePath, size and contentType are not the stack's concern here.
     auto* record = new StartVshSession;
     record->id = request.reqid();
     record->registrationHandle = body.registrationhandle();
-    record->remoteUri = body.remoteuri();
+    record->remoteUri = TAKE_STRING(body, remoteuri);
     s_velar->OnRequest(token, record);
 }
 
 IMS_DISPATCH(DispatchVshAcceptSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestvshacceptsession());
+    auto body = TakeBody(request.mutable_requestvshacceptsession());
     s_velar->OnRequest(token,
                        new PrimitiveData<int>(request.reqid(), static_cast<int>(body.sessionid())));
 }
 
 IMS_DISPATCH(DispatchVshStopSession) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestvshstopsession());
+    auto body = TakeBody(request.mutable_requestvshstopsession());
     s_velar->OnRequest(token,
                        new PrimitiveData<int>(request.reqid(), static_cast<int>(body.sessionid())));
 }

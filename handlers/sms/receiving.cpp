@@ -1,6 +1,7 @@
 // Receiving a short message: the stack's notification and the framework's
 // answer to it.
 #include "handlers/common/helpers.h"
+#include "handlers/common/take_fields.h"
 
 IMS_NOTIFY(NotifyReceiveSms) {
     IMS_LOGV("%s()", __func__);
@@ -19,7 +20,8 @@ IMS_NOTIFY(NotifyReceiveSms) {
 
 IMS_DISPATCH(DispatchReceiveSmsResp) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestreceivesmsresp());
-    s_velar->OnRequest(token, new SmsReceiveResponse(request.reqid(), body.handle(), body.callid(),
-                                                     static_cast<int>(body.status())));
+    auto body = TakeBody(request.mutable_requestreceivesmsresp());
+    s_velar->OnRequest(
+        token, new SmsReceiveResponse(request.reqid(), body.handle(), TAKE_STRING(body, callid),
+                                      static_cast<int>(body.status())));
 }

@@ -2,10 +2,11 @@
 // RP-ACK and the framework's reply to it. Bodies and acknowledgement codes
 // are opaque bytes and pass whole, zero bytes included.
 #include "handlers/common/helpers.h"
+#include "handlers/common/take_fields.h"
 
 IMS_DISPATCH(DispatchSendMessage) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestsendmsg());
+    auto body = TakeBody(request.mutable_requestsendmsg());
     // The stack tells a reply from a new message by the constructor used, so
     // presence decides, not content: an empty inReplyTo is still a reply.
     // contentLen goes as given, even where it disagrees with the body.
@@ -13,7 +14,8 @@ IMS_DISPATCH(DispatchSendMessage) {
     if (body.has_inreplyto()) {
         record = new SendMessageData(request.reqid(), static_cast<int>(body.handle()), body.smsc(),
                                      body.localuri(), body.contenttype(), body.contentsubtype(),
-                                     body.contentlen(), body.contentbody(), body.inreplyto());
+                                     body.contentlen(), body.contentbody(),
+                                     TAKE_STRING(body, inreplyto));
     } else {
         record = new SendMessageData(request.reqid(), static_cast<int>(body.handle()), body.smsc(),
                                      body.localuri(), body.contenttype(), body.contentsubtype(),
@@ -50,6 +52,7 @@ IMS_NOTIFY(NotifySmsRpAck) {
 
 IMS_DISPATCH(DispatchSendRpAckResp) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestsendrpackresp());
-    s_velar->OnRequest(token, new RpAckResponse(request.reqid(), body.handle(), body.callid()));
+    auto body = TakeBody(request.mutable_requestsendrpackresp());
+    s_velar->OnRequest(
+        token, new RpAckResponse(request.reqid(), body.handle(), TAKE_STRING(body, callid)));
 }
