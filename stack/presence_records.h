@@ -26,17 +26,6 @@ public:
     std::vector<Element*> elements;
     std::string value;
     std::string nameSpace;
-    template <class V>
-    void velarArgs(V& v) {
-        v("name", name);
-        v("value", value);
-        v("nameSpace", nameSpace);
-    }
-    template <class V>
-    void velarMembers(V& v) {
-        v("attributes", attributes);
-        v("elements", elements);
-    }
     ~Element();
     Element(const Element&) = delete;
     Element& operator=(const Element&) = delete;
@@ -54,13 +43,14 @@ public:
     PersonTuple& operator=(const PersonTuple&) = delete;
 };
 
+#define VELAR_FIELDS_ServiceTuple_Status (basic, std::string)
 class ServiceTuple {
 public:
     // Made by the daemon as a local value; the tuple keeps its own copy.
     class Status {
     public:
         virtual ~Status() = default;
-        VELAR_FIELDS((basic, std::string))
+        VELAR_FIELDS(VELAR_FIELDS_ServiceTuple_Status)
     };
 
 #define VELAR_ARGS_ServiceTuple                                                                    \
@@ -101,6 +91,8 @@ public:
 };
 
 // Requests 701 (publish) and 702 (withdrawal, with no presentity).
+#define VELAR_FIELDS_PresencePublishData \
+    (handle, int), (presentity, Presentity*), (expireTime, unsigned int), (eTag, std::string)
 class PresencePublishData : public ImsData {
 public:
     PresencePublishData(int recordId, int handle_, Presentity* presentity_,
@@ -113,16 +105,16 @@ public:
     ~PresencePublishData() override { delete presentity; }
     PresencePublishData(const PresencePublishData&) = delete;
     PresencePublishData& operator=(const PresencePublishData&) = delete;
-    VELAR_FIELDS((handle, int), (presentity, Presentity*), (expireTime, unsigned int),
-                 (eTag, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_PresencePublishData)
 };
 
 // Requests 711 and 712.
+#define VELAR_FIELDS_PresenceSubscribeData                                                         \
+    (handle, int), (uris, std::vector<std::string>), (isAnonymous, bool), (isListSubscribe, bool), \
+        (subscriptionId, std::string), (gzipEnable, bool), (expires, unsigned int)
 class PresenceSubscribeData : public ImsData {
 public:
-    VELAR_FIELDS((handle, int), (uris, std::vector<std::string>), (isAnonymous, bool),
-                 (isListSubscribe, bool), (subscriptionId, std::string), (gzipEnable, bool),
-                 (expires, unsigned int))
+    VELAR_FIELDS(VELAR_FIELDS_PresenceSubscribeData)
 };
 
 // Request 751.
@@ -134,19 +126,27 @@ public:
 };
 
 // Notifications 13002 and 13003.
+#define VELAR_FIELDS_PresencePublishStatusData                                             \
+    (handle, unsigned int), (isSuccess, bool), (sipErrorCode, unsigned int),               \
+        (sipErrorPhrase, std::string), (etag, std::string), (remoteExpires, unsigned int), \
+        (minExpires, unsigned int), (isRefresh, bool), (retryAfter, unsigned int)
 class PresencePublishStatusData : public ImsData {
 public:
-    VELAR_FIELDS((handle, unsigned int), (isSuccess, bool), (sipErrorCode, unsigned int),
-                 (sipErrorPhrase, std::string), (etag, std::string), (remoteExpires, unsigned int),
-                 (minExpires, unsigned int), (isRefresh, bool), (retryAfter, unsigned int))
+    VELAR_FIELDS(VELAR_FIELDS_PresencePublishStatusData)
 };
 
+#define VELAR_FIELDS_PresenceServiceData                                     \
+    (serviceId, std::string), (version, std::string), (status, std::string), \
+        (mediaCapabilities, std::vector<std::string>)
 class PresenceServiceData {
 public:
-    VELAR_FIELDS((serviceId, std::string), (version, std::string), (status, std::string),
-                 (mediaCapabilities, std::vector<std::string>))
+    VELAR_FIELDS(VELAR_FIELDS_PresenceServiceData)
 };
 
+#define VELAR_FIELDS_PresenceContactData                                                         \
+    (uri, std::string), (subscriptionState, std::string),                                        \
+        (subscriptionFailureReason, std::string), (services, std::vector<PresenceServiceData*>), \
+        (rawPidf, std::string)
 class PresenceContactData {
 public:
     PresenceContactData() = default;
@@ -155,12 +155,13 @@ public:
     }
     PresenceContactData(const PresenceContactData&) = delete;
     PresenceContactData& operator=(const PresenceContactData&) = delete;
-    VELAR_FIELDS((uri, std::string), (subscriptionState, std::string),
-                 (subscriptionFailureReason, std::string),
-                 (services, std::vector<PresenceServiceData*>), (rawPidf, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_PresenceContactData)
 };
 
 // Notification 13001.
+#define VELAR_FIELDS_PresenceNotifyData                    \
+    (handle, unsigned int), (subscriptionId, std::string), \
+        (contacts, std::vector<PresenceContactData*>)
 class PresenceNotifyData : public ImsData {
 public:
     PresenceNotifyData() = default;
@@ -169,21 +170,23 @@ public:
     }
     PresenceNotifyData(const PresenceNotifyData&) = delete;
     PresenceNotifyData& operator=(const PresenceNotifyData&) = delete;
-    VELAR_FIELDS((handle, unsigned int), (subscriptionId, std::string),
-                 (contacts, std::vector<PresenceContactData*>))
+    VELAR_FIELDS(VELAR_FIELDS_PresenceNotifyData)
 };
 
 // Notification 13004.
+#define VELAR_FIELDS_PresenceSubscribeStatusData                             \
+    (handle, unsigned int), (isSuccess, bool), (sipErrorCode, unsigned int), \
+        (sipErrorPhrase, std::string), (subscriptionId, std::string), (minExpires, unsigned int)
 class PresenceSubscribeStatusData : public ImsData {
 public:
-    VELAR_FIELDS((handle, unsigned int), (isSuccess, bool), (sipErrorCode, unsigned int),
-                 (sipErrorPhrase, std::string), (subscriptionId, std::string),
-                 (minExpires, unsigned int))
+    VELAR_FIELDS(VELAR_FIELDS_PresenceSubscribeStatusData)
 };
 
 // Notification 15001.
+#define VELAR_FIELDS_OptionsReceivedData                                                      \
+    (sessionId, unsigned int), (remoteUri, std::string), (isResponse, bool), (success, bool), \
+        (reason, int), (tags, std::vector<unsigned int>)
 class OptionsReceivedData : public ImsData {
 public:
-    VELAR_FIELDS((sessionId, unsigned int), (remoteUri, std::string), (isResponse, bool),
-                 (success, bool), (reason, int), (tags, std::vector<unsigned int>))
+    VELAR_FIELDS(VELAR_FIELDS_OptionsReceivedData)
 };

@@ -32,15 +32,19 @@
 #define VELAR_ARGS_ConfigData_SetFeatureConfig \
     (trellFeature, const std::map<std::string, std::string>&)
 
+#define VELAR_FIELDS_ConfigData_RcsConfig                                                    \
+    (rcsFtChunkSize, unsigned int), (rcsIshChunkSize, unsigned int), (confUri, std::string), \
+        (isMsrpCema, bool), (downloadsPath, std::string), (isConfSubscribeEnabled, bool),    \
+        (isClosedGroupChat, bool), (exploderUri, std::string), (pagerModeSizeLimit, unsigned int)
+#define VELAR_CALLS_ConfigData                                                             \
+    SetXDMConfig, SetRegiConfig, SetSSConfig, SetCallConfig, SetSrvccConfig, SetRcsConfig, \
+        SetFeatureConfig
 class ConfigData : public ImsData {
 public:
     // Filled by the daemon and handed to SetRcsConfig.
     class RcsConfig {
     public:
-        VELAR_FIELDS((rcsFtChunkSize, unsigned int), (rcsIshChunkSize, unsigned int),
-                     (confUri, std::string), (isMsrpCema, bool), (downloadsPath, std::string),
-                     (isConfSubscribeEnabled, bool), (isClosedGroupChat, bool),
-                     (exploderUri, std::string), (pagerModeSizeLimit, unsigned int))
+        VELAR_FIELDS(VELAR_FIELDS_ConfigData_RcsConfig)
     };
 
     VELAR_RECORD_CONSTRUCTOR0(ConfigData)
@@ -51,8 +55,7 @@ public:
     VELAR_SETTER(SetSrvccConfig, VELAR_ARGS_ConfigData_SetSrvccConfig)
     VELAR_SETTER(SetRcsConfig, VELAR_ARGS_ConfigData_SetRcsConfig)
     VELAR_SETTER(SetFeatureConfig, VELAR_ARGS_ConfigData_SetFeatureConfig)
-    VELAR_CALLS(SetXDMConfig, SetRegiConfig, SetSSConfig, SetCallConfig, SetSrvccConfig,
-                SetRcsConfig, SetFeatureConfig)
+    VELAR_CALLS(VELAR_CALLS_ConfigData)
 };
 
 // ---------------------------------------------------------------------------
@@ -110,12 +113,13 @@ public:
         (evsBandwidthReceive, std::string), (evsPayload, int), (evsDefaultBandwidth, std::string), \
         (evsDefaultBitrate, std::string), (enableRtcpOnActiveCall, bool), (enableAvSync, bool)
 
+#define VELAR_CALLS_UAProfileData SetTimer, SetMediaConfig
 class UAProfileData : public ImsData {
 public:
     VELAR_RECORD_CONSTRUCTOR(UAProfileData, VELAR_ARGS_UAProfileData)
     VELAR_SETTER(SetTimer, VELAR_ARGS_UAProfileData_SetTimer)
     VELAR_SETTER(SetMediaConfig, VELAR_ARGS_UAProfileData_SetMediaConfig)
-    VELAR_CALLS(SetTimer, SetMediaConfig)
+    VELAR_CALLS(VELAR_CALLS_UAProfileData)
 };
 
 // ---------------------------------------------------------------------------
@@ -144,10 +148,6 @@ public:
 
     RegiAuth() : recvMng(), handle() {}
     VELAR_RECORD_CONSTRUCTOR(RegiAuth, VELAR_ARGS_RegiAuth)
-    template <class V>
-    void velarFields(V& v) {
-        velarArgs(v);
-    }
 };
 
 #define VELAR_ARGS_UpdatePreferredImpu (handle, int), (impu, const std::string&)
@@ -163,30 +163,37 @@ public:
 };
 
 // Notifications 10001 and 10023.
+#define VELAR_FIELDS_RegiStatusData                                                       \
+    (handle, int), (serviceList, std::vector<std::string>), (regiType, int),              \
+        (impuList, std::vector<std::string>), (respCode, int), (respReason, std::string), \
+        (retryAfter, int), (ecmpMode, int)
 class RegiStatusData : public ImsData {
 public:
-    VELAR_FIELDS((handle, int), (serviceList, std::vector<std::string>), (regiType, int),
-                 (impuList, std::vector<std::string>), (respCode, int), (respReason, std::string),
-                 (retryAfter, int), (ecmpMode, int))
+    VELAR_FIELDS(VELAR_FIELDS_RegiStatusData)
 };
 
 // Notification 10013.
+#define VELAR_FIELDS_SubscribeStatusData \
+    (handle, unsigned int), (respCode, unsigned int), (respReason, std::string)
 class SubscribeStatusData : public ImsData {
 public:
-    VELAR_FIELDS((handle, unsigned int), (respCode, unsigned int), (respReason, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_SubscribeStatusData)
 };
 
 // One contact of the reg-info document. The stack keeps more in it than the
 // daemon reads; only what is read is declared.
+#define VELAR_FIELDS_RegInfoContact \
+    (uri, std::string), (displayName, std::string), (state, int), (event, int)
 class RegInfoContact {
 public:
-    VELAR_FIELDS((uri, std::string), (displayName, std::string), (state, int), (event, int))
+    VELAR_FIELDS(VELAR_FIELDS_RegInfoContact)
 };
 
 // Notification 10007.
+#define VELAR_FIELDS_RegInfoData (handle, unsigned int), (contacts, std::vector<RegInfoContact>)
 class RegInfoData : public ImsData {
 public:
-    VELAR_FIELDS((handle, unsigned int), (contacts, std::vector<RegInfoContact>))
+    VELAR_FIELDS(VELAR_FIELDS_RegInfoData)
 };
 
 // ---------------------------------------------------------------------------
@@ -196,16 +203,18 @@ public:
 #define VELAR_ARGS_DnsQueryData                                                            \
     (handle, const int&), (interface, const std::string&), (hostname, const std::string&), \
         (type, const std::string&), (transport, const std::string&), (family, const std::string&)
+#define VELAR_MEMBERS_DnsQueryData (dnsServers, std::list<std::string>)
 class DnsQueryData : public ImsData {
 public:
     VELAR_RECORD_CONSTRUCTOR(DnsQueryData, VELAR_ARGS_DnsQueryData)
-    VELAR_MEMBERS((dnsServers, std::list<std::string>))
+    VELAR_MEMBERS(VELAR_MEMBERS_DnsQueryData)
 };
 
 // Built by the daemon itself.
+#define VELAR_FIELDS_VceConfigData (handle, int), (vceConfig, bool)
 class VceConfigData : public ImsData {
 public:
-    VELAR_FIELDS((handle, int), (vceConfig, bool))
+    VELAR_FIELDS(VELAR_FIELDS_VceConfigData)
 };
 
 #define VELAR_ARGS_PaniData \
@@ -233,21 +242,25 @@ public:
 };
 
 // Notification 20007.
+#define VELAR_FIELDS_DnsResponseData                                                     \
+    (hostname, std::string), (ipAddrList, std::list<std::string>), (port, unsigned int), \
+        (handle, unsigned int)
 class DnsResponseData : public ImsData {
 public:
-    VELAR_FIELDS((hostname, std::string), (ipAddrList, std::list<std::string>),
-                 (port, unsigned int), (handle, unsigned int))
+    VELAR_FIELDS(VELAR_FIELDS_DnsResponseData)
 };
 
 // Notification 20001. Its own `id` (the alarm's) hides the record id of
 // ImsData, which stays reachable through GetId().
+#define VELAR_FIELDS_AlarmData (id, unsigned int), (delay, unsigned int)
 class AlarmData : public ImsData {
 public:
-    VELAR_FIELDS((id, unsigned int), (delay, unsigned int))
+    VELAR_FIELDS(VELAR_FIELDS_AlarmData)
 };
 
 // Notification 20006: the chain to verify, leaf first. Each certificate is
 // held as its bytes (a data pointer and a length) and owned by the record.
+#define VELAR_FIELDS_X509VerifyData (certificates, std::vector<std::string*>)
 class X509VerifyData : public ImsData {
 public:
     X509VerifyData() = default;
@@ -256,7 +269,7 @@ public:
     ~X509VerifyData() override {
         for (std::string* certificate : certificates) delete certificate;
     }
-    VELAR_FIELDS((certificates, std::vector<std::string*>))
+    VELAR_FIELDS(VELAR_FIELDS_X509VerifyData)
 };
 
 // ---------------------------------------------------------------------------
@@ -270,32 +283,38 @@ public:
 };
 
 // The answer to request 1200.
+#define VELAR_FIELDS_SipDialogResponseData \
+    (handle, unsigned int), (sipmessage, std::string), (success, bool)
 class SipDialogResponseData : public ImsData {
 public:
-    VELAR_FIELDS((handle, unsigned int), (sipmessage, std::string), (success, bool))
+    VELAR_FIELDS(VELAR_FIELDS_SipDialogResponseData)
 };
 
 // Notification 10003.
+#define VELAR_FIELDS_SipMessageData \
+    (handle, unsigned int), (direction, int), (origin, int), (sipMessage, std::string)
 class SipMessageData : public ImsData {
 public:
-    VELAR_FIELDS((handle, unsigned int), (direction, int), (origin, int), (sipMessage, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_SipMessageData)
 };
 
 // Notification 20010.
+#define VELAR_FIELDS_DumpMessageData (tag, std::string), (value, std::string), (secure, bool)
 class DumpMessageData : public ImsData {
 public:
-    VELAR_FIELDS((tag, std::string), (value, std::string), (secure, bool))
+    VELAR_FIELDS(VELAR_FIELDS_DumpMessageData)
 };
 
 // Notification 20009: a signalling report (msgType 0) or an RTP report (any
 // other msgType) in one record. The RTP report's `id` hides the record id of
 // ImsData, which stays reachable through GetId().
+#define VELAR_FIELDS_EcholocateData                                                            \
+    (handle, unsigned int), (msgType, int), (origin, std::string), (callid, std::string),      \
+        (cseq, std::string), (line1, std::string), (from, std::string), (to, std::string),     \
+        (reason, std::string), (contents, std::string), (id, std::string), (dir, std::string), \
+        (lossrate, std::string), (delay, std::string), (jitter, std::string),                  \
+        (measuredperiod, std::string), (nwstate, std::string)
 class EcholocateData : public ImsData {
 public:
-    VELAR_FIELDS((handle, unsigned int), (msgType, int), (origin, std::string),
-                 (callid, std::string), (cseq, std::string), (line1, std::string),
-                 (from, std::string), (to, std::string), (reason, std::string),
-                 (contents, std::string), (id, std::string), (dir, std::string),
-                 (lossrate, std::string), (delay, std::string), (jitter, std::string),
-                 (measuredperiod, std::string), (nwstate, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_EcholocateData)
 };

@@ -18,14 +18,6 @@ public:
     // As the stack hands one up (notification 20002).
     PrimitiveData() : value() {}
     T value;
-    template <class V>
-    void velarArgs(V& v) {
-        v("value", value);
-    }
-    template <class V>
-    void velarFields(V& v) {
-        v("value", value);
-    }
 
 protected:
     PrimitiveData(int recordId, T&& v, int) : ImsData(recordId), value(std::move(v)) {}
@@ -35,39 +27,28 @@ template <typename A, typename B>
 class PairData : public PrimitiveData<std::pair<A, B>> {
 public:
     PairData(int recordId, A first, B second);
-    template <class V>
-    void velarArgs(V& v) {
-        v("first", this->value.first);
-        v("second", this->value.second);
-    }
 };
 
 template <typename A, typename B>
 class TupleData : public PrimitiveData<std::tuple<A, B>> {
 public:
     TupleData(int recordId, A first, B second);
-    template <class V>
-    void velarArgs(V& v) {
-        v("first", std::get<0>(this->value));
-        v("second", std::get<1>(this->value));
-    }
 };
 
 // A call request that names only a session, with optional extra headers.
 #define VELAR_ARGS_CallSessionId (session, int)
-#define VELAR_ARGS_CallSessionId_setExtraHeader \
-    (headers, std::map<std::string, std::string>)
+#define VELAR_ARGS_CallSessionId_setExtraHeader (headers, std::map<std::string, std::string>)
+#define VELAR_CALLS_CallSessionId setExtraHeader
 class CallSessionId : public ImsData {
 public:
     VELAR_RECORD_CONSTRUCTOR(CallSessionId, VELAR_ARGS_CallSessionId)
     VELAR_SETTER(setExtraHeader, VELAR_ARGS_CallSessionId_setExtraHeader)
-    VELAR_CALLS(setExtraHeader)
+    VELAR_CALLS(VELAR_CALLS_CallSessionId)
 };
 
 // A body attached to a call or an INFO request; held by its owner through a
 // std::unique_ptr.
-#define VELAR_ARGS_AdditionalContents \
-    (mimeType, const std::string&), (contents, const std::string&)
+#define VELAR_ARGS_AdditionalContents (mimeType, const std::string&), (contents, const std::string&)
 class AdditionalContents : public ImsData {
 public:
     // As the stack hands one up inside a call record.
@@ -76,8 +57,9 @@ public:
 };
 
 // The answer of most requests.
+#define VELAR_FIELDS_GeneralResponseData \
+    (handle, unsigned int), (result, int), (reason, int), (errorStr, std::string), (sipError, int)
 class GeneralResponseData : public ImsData {
 public:
-    VELAR_FIELDS((handle, unsigned int), (result, int), (reason, int), (errorStr, std::string),
-                 (sipError, int))
+    VELAR_FIELDS(VELAR_FIELDS_GeneralResponseData)
 };

@@ -24,21 +24,9 @@ public:
     int contentLen;
     std::string contentBody;
     std::string inReplyTo;
-    // Which constructor built the record: the arguments shown are that
-    // constructor's, so that an empty inReplyTo stays apart from none.
+    // Which constructor built the record, so that an empty inReplyTo stays
+    // apart from none.
     bool withInReplyTo;
-
-    template <class V>
-    void velarArgs(V& v) {
-        v("handle", handle);
-        v("smsc", smsc);
-        v("localUri", localUri);
-        v("contentType", contentType);
-        v("contentSubType", contentSubType);
-        v("contentLen", contentLen);
-        v("contentBody", contentBody);
-        if (withInReplyTo) v("inReplyTo", inReplyTo);
-    }
 };
 
 // The framework's answer to an RP-ACK (notification 20003).
@@ -58,23 +46,29 @@ public:
 
 // The stack's answer to 401. A refused message is a good record too, with
 // its status code, text and retry delay.
+#define VELAR_FIELDS_SmsResponseData                                              \
+    (mHandle, unsigned int), (mStatusCode, unsigned int), (mCallId, std::string), \
+        (mErrStr, std::string), (mRetryAfter, unsigned int)
 class SmsResponseData : public ImsData {
 public:
-    VELAR_FIELDS((mHandle, unsigned int), (mStatusCode, unsigned int), (mCallId, std::string),
-                 (mErrStr, std::string), (mRetryAfter, unsigned int))
+    VELAR_FIELDS(VELAR_FIELDS_SmsResponseData)
 };
 
 // Notification 20003: the network's RP-ACK for a message sent.
+#define VELAR_FIELDS_SmsRpAckData                                             \
+    (mCallId, std::string), (mAckCode, std::string), (mAckLen, unsigned int), \
+        (mContentType, std::string), (mContentSubType, std::string)
 class SmsRpAckData : public ImsData {
 public:
-    VELAR_FIELDS((mCallId, std::string), (mAckCode, std::string), (mAckLen, unsigned int),
-                 (mContentType, std::string), (mContentSubType, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_SmsRpAckData)
 };
 
 // Notification 20004: an incoming message.
+#define VELAR_FIELDS_ReceiveSmsData                                                  \
+    (mCallId, std::string), (mContent, std::string), (mContentType, std::string),    \
+        (mContentSubType, std::string), (mLen, unsigned int), (mScUri, std::string), \
+        (mHandle, unsigned int)
 class ReceiveSmsData : public ImsData {
 public:
-    VELAR_FIELDS((mCallId, std::string), (mContent, std::string), (mContentType, std::string),
-                 (mContentSubType, std::string), (mLen, unsigned int), (mScUri, std::string),
-                 (mHandle, unsigned int))
+    VELAR_FIELDS(VELAR_FIELDS_ReceiveSmsData)
 };

@@ -76,38 +76,47 @@ public:
 
 // Diversion (301): one entry per rule in each list; the lists need not be of
 // equal length.
+#define VELAR_FIELDS_SSDivInfoResult                                                             \
+    (mServiceActivation, bool), (mNoReplyTimer, unsigned int), (mRuleId, std::string),           \
+        (mCfType, unsigned int), (mSsStatus, std::list<bool>), (mFwdElm, std::list<int>),        \
+        (mTarget, std::list<std::string>), (mMediaType, std::list<int>), (mError, unsigned int), \
+        (mErrorStr, std::string)
 class SSDivInfoResult : public ImsData {
 public:
-    VELAR_FIELDS((mServiceActivation, bool), (mNoReplyTimer, unsigned int), (mRuleId, std::string),
-                 (mCfType, unsigned int), (mSsStatus, std::list<bool>), (mFwdElm, std::list<int>),
-                 (mTarget, std::list<std::string>), (mMediaType, std::list<int>),
-                 (mError, unsigned int), (mErrorStr, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_SSDivInfoResult)
 };
 
 // Incoming (302) and outgoing (303) barring.
+#define VELAR_FIELDS_SSBarrInfoResult                                                          \
+    (mServiceActivation, bool), (mRuleId, std::string), (mCbType, unsigned int),               \
+        (mSsStatus, std::list<bool>), (mMediaType, std::list<int>), (mAllow, std::list<bool>), \
+        (mSibTarget, std::string), (mError, unsigned int), (mErrorStr, std::string)
 class SSBarrInfoResult : public ImsData {
 public:
-    VELAR_FIELDS((mServiceActivation, bool), (mRuleId, std::string), (mCbType, unsigned int),
-                 (mSsStatus, std::list<bool>), (mMediaType, std::list<int>),
-                 (mAllow, std::list<bool>), (mSibTarget, std::string), (mError, unsigned int),
-                 (mErrorStr, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_SSBarrInfoResult)
 };
 
 // Identity presentation (304), restriction (305) and communication waiting (310).
+#define VELAR_FIELDS_SSFlagInfoResult \
+    (mServiceActivation, bool), (mError, unsigned int), (mErrorStr, std::string)
 class SSFlagInfoResult : public ImsData {
 public:
-    VELAR_FIELDS((mServiceActivation, bool), (mError, unsigned int), (mErrorStr, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_SSFlagInfoResult)
 };
 
 // Notification 10019: the inputs of a GBA key; the framework answers with 312.
+#define VELAR_FIELDS_SSGenKeyData                                                           \
+    (mGbatype, std::string), (mCk, std::string), (mIk, std::string), (mNonce, std::string), \
+        (mLifetime, std::string), (mBtid, std::string)
 class SSGenKeyData : public ImsData {
 public:
-    VELAR_FIELDS((mGbatype, std::string), (mCk, std::string), (mIk, std::string),
-                 (mNonce, std::string), (mLifetime, std::string), (mBtid, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_SSGenKeyData)
 };
 
 // Notification 10018: one XCAP message and its direction.
+#define VELAR_FIELDS_XCapMessageData \
+    (mHandle, unsigned int), (mDirection, int), (mXcapMessage, std::string)
 class XCapMessageData : public ImsData {
 public:
-    VELAR_FIELDS((mHandle, unsigned int), (mDirection, int), (mXcapMessage, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_XCapMessageData)
 };

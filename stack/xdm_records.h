@@ -10,29 +10,39 @@
 
 // The stack's contact: plain structures of strings, in the order of the
 // wire fields of the same names.
+#define VELAR_FIELDS_ContactName                                               \
+    (title, std::string), (givenName, std::string), (middleName, std::string), \
+        (familyName, std::string), (generationId, std::string), (displayName, std::string)
 struct ContactName {
-    VELAR_FIELDS((title, std::string), (givenName, std::string), (middleName, std::string),
-                 (familyName, std::string), (generationId, std::string), (displayName, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_ContactName)
 };
+#define VELAR_FIELDS_ContactAddress                                                            \
+    (type, std::string), (label, std::string), (addrStr, std::string), (country, std::string), \
+        (region, std::string), (locality, std::string), (street, std::string),                 \
+        (postCode, std::string)
 struct ContactAddress {
-    VELAR_FIELDS((type, std::string), (label, std::string), (addrStr, std::string),
-                 (country, std::string), (region, std::string), (locality, std::string),
-                 (street, std::string), (postCode, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_ContactAddress)
 };
+#define VELAR_FIELDS_ContactNumber (number, std::string), (type, std::string), (label, std::string)
 struct ContactNumber {
-    VELAR_FIELDS((number, std::string), (type, std::string), (label, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_ContactNumber)
 };
+#define VELAR_FIELDS_ContactUri (uri, std::string), (type, std::string), (label, std::string)
 struct ContactUri {
-    VELAR_FIELDS((uri, std::string), (type, std::string), (label, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_ContactUri)
 };
+#define VELAR_FIELDS_ContactOrg \
+    (displayName, std::string), (entity, std::string), (unit, std::string)
 struct ContactOrg {
-    VELAR_FIELDS((displayName, std::string), (entity, std::string), (unit, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_ContactOrg)
 };
+#define VELAR_FIELDS_Contact                                                                  \
+    (contactId, std::string), (contactNames, std::vector<ContactName>),                       \
+        (contactAddresses, std::vector<ContactAddress>),                                      \
+        (contactNumbers, std::vector<ContactNumber>), (contactUris, std::vector<ContactUri>), \
+        (contactOrgs, std::vector<ContactOrg>)
 struct Contact {
-    VELAR_FIELDS((contactId, std::string), (contactNames, std::vector<ContactName>),
-                 (contactAddresses, std::vector<ContactAddress>),
-                 (contactNumbers, std::vector<ContactNumber>),
-                 (contactUris, std::vector<ContactUri>), (contactOrgs, std::vector<ContactOrg>))
+    VELAR_FIELDS(VELAR_FIELDS_Contact)
 };
 
 // Base of the document fetch (804), which the daemon completes after this
@@ -41,28 +51,23 @@ struct Contact {
 class XdmData : public ImsData {
 public:
     VELAR_RECORD_CONSTRUCTOR(XdmData, VELAR_ARGS_XdmData)
-    template <class V>
-    void velarFields(V& v) {
-        v("rid", rid);
-        v("impu", impu);
-    }
 };
 
+#define VELAR_FIELDS_NodeSelectorData \
+    (node, std::string), (pos, unsigned int), (attr, std::string), (attrVal, std::string)
 struct NodeSelectorData {
-    VELAR_FIELDS((node, std::string), (pos, unsigned int), (attr, std::string),
-                 (attrVal, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_NodeSelectorData)
 };
 
-// Request 804: shown by its fields (the base's first), as the daemon fills
-// them, not by the base's constructor arguments.
+// Request 804: the base's constructor, then the fields, which the daemon
+// fills.
+#define VELAR_FIELDS_XdmFetchDocumentData \
+    (type, int), (name, std::string), (accessToken, std::string), (nodeSelector, NodeSelectorData)
 class XdmFetchDocumentData : public XdmData {
 public:
     XdmFetchDocumentData(int recordId, int rid_, const std::string& impu_)
         : XdmData(recordId, rid_, impu_) {}
-    template <class V>
-    void velarArgs(V& v) = delete;
-    VELAR_FIELDS_EXTEND(XdmData, (type, int), (name, std::string), (accessToken, std::string),
-                        (nodeSelector, NodeSelectorData))
+    VELAR_FIELDS(VELAR_FIELDS_XdmFetchDocumentData)
 };
 
 // Request 801.
@@ -112,35 +117,33 @@ public:
 };
 
 // The answer of requests 801 to 808.
+#define VELAR_FIELDS_XdmResponseData                                                          \
+    (rid, unsigned int), (success, bool), (reason, std::string),                              \
+        (result, std::map<std::string, std::string>), (statusCode, int), (etag, std::string), \
+        (retryAfter, std::string)
 class XdmResponseData : public ImsData {
 public:
-    VELAR_FIELDS((rid, unsigned int), (success, bool), (reason, std::string),
-                 (result, std::map<std::string, std::string>), (statusCode, int),
-                 (etag, std::string), (retryAfter, std::string))
+    VELAR_FIELDS(VELAR_FIELDS_XdmResponseData)
 };
 
 // Notification 14001. The string after rid is the library's own: it keeps
-// its place in the layout but the daemon never reads it, so it has no JSON form.
+// its place in the layout but the daemon never reads it.
 class XdmGbaRequestData : public ImsData {
 public:
     unsigned int rid{};
     std::string unread;
     std::string nafFqdn;
     std::string hexProtocolId;
-    template <class V>
-    void velarFields(V& v) {
-        v("rid", rid);
-        v("nafFqdn", nafFqdn);
-        v("hexProtocolId", hexProtocolId);
-    }
 };
 
 // Notification 14002. The library holds one more field between nonce and
 // sessionId, of a type not known here; it is left out, so a provider that
 // keeps it must not rely on this declaration's layout.
+#define VELAR_FIELDS_XdmAuthData \
+    (recvMng, unsigned int), (nonce, std::string), (sessionId, unsigned int)
 class XdmAuthData : public ImsData {
 public:
-    VELAR_FIELDS((recvMng, unsigned int), (nonce, std::string), (sessionId, unsigned int))
+    VELAR_FIELDS(VELAR_FIELDS_XdmAuthData)
 };
 
 // Notification 14003. As in 14001, an unread string follows rid.
@@ -154,24 +157,15 @@ public:
     std::string gbaType;
     std::string nafFqdn;
     std::string hexProtocolId;
-    template <class V>
-    void velarFields(V& v) {
-        v("rid", rid);
-        v("nonce", nonce);
-        v("btid", btid);
-        v("lifetime", lifetime);
-        v("gbaType", gbaType);
-        v("nafFqdn", nafFqdn);
-        v("hexProtocolId", hexProtocolId);
-    }
 };
 
 // Notifications 14004 and 14005; owns the vector.
+#define VELAR_FIELDS_XdmContactListData (rid, unsigned int), (contacts, std::vector<Contact>*)
 class XdmContactListData : public ImsData {
 public:
     XdmContactListData() = default;
     ~XdmContactListData() override { delete contacts; }
     XdmContactListData(const XdmContactListData&) = delete;
     XdmContactListData& operator=(const XdmContactListData&) = delete;
-    VELAR_FIELDS((rid, unsigned int), (contacts, std::vector<Contact>*))
+    VELAR_FIELDS(VELAR_FIELDS_XdmContactListData)
 };

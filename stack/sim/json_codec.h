@@ -1,6 +1,7 @@
 // The JSON form of records on the control channel, derived from the record
-// declarations: integers exact over their type, enums as numbers, byte
-// strings as Latin-1 code points, held objects as objects of their members.
+// declarations through their shapes (record_shapes.h): integers exact over
+// their type, enums as numbers, byte strings as Latin-1 code points, held
+// objects as objects of their members.
 #pragma once
 
 #include <cstdint>
@@ -16,6 +17,8 @@
 #include <type_traits>
 #include <utility>
 #include <vector>
+
+#include "record_shapes.h"
 
 namespace velar_sim {
 
@@ -34,27 +37,21 @@ struct Probe {
     void call(const char*, T&) {}
 };
 
-template <class T, class = void>
-struct HasFields : std::false_type {};
-template <class T>
-struct HasFields<T, std::void_t<decltype(std::declval<T&>().velarFields(std::declval<Probe&>()))>>
+// Whether the class has a shape of that aspect (a specialisation with visit).
+template <template <class> class Aspect, class T, class = void>
+struct HasShape : std::false_type {};
+template <template <class> class Aspect, class T>
+struct HasShape<Aspect, T,
+                std::void_t<decltype(Aspect<T>::visit(std::declval<T&>(), std::declval<Probe&>()))>>
     : std::true_type {};
-template <class T, class = void>
-struct HasArgs : std::false_type {};
 template <class T>
-struct HasArgs<T, std::void_t<decltype(std::declval<T&>().velarArgs(std::declval<Probe&>()))>>
-    : std::true_type {};
-template <class T, class = void>
-struct HasMembers : std::false_type {};
+using HasFields = HasShape<shape::Fields, T>;
 template <class T>
-struct HasMembers<T,
-                  std::void_t<decltype(std::declval<T&>().velarMembers(std::declval<Probe&>()))>>
-    : std::true_type {};
-template <class T, class = void>
-struct HasCalls : std::false_type {};
+using HasArgs = HasShape<shape::Args, T>;
 template <class T>
-struct HasCalls<T, std::void_t<decltype(std::declval<T&>().velarCalls(std::declval<Probe&>()))>>
-    : std::true_type {};
+using HasMembers = HasShape<shape::Members, T>;
+template <class T>
+using HasCalls = HasShape<shape::Calls, T>;
 
 template <class T>
 struct IsSeq : std::false_type {};
@@ -111,7 +108,7 @@ struct CallEncoder {
     void call(const char* name, A& args) {
         Json list = Json::array();
         ArrayEncoder e{&list};
-        args.velarArgs(e);
+        shape::Args<A>::visit(args, e);
         out->push_back(Json::array({name, std::move(list)}));
     }
 };
@@ -134,9 +131,9 @@ template <class T>
 Json encodeObject(T& v) {
     Json o = Json::object();
     ObjectEncoder e{&o};
-    if constexpr (HasArgs<T>::value) v.velarArgs(e);
-    if constexpr (HasMembers<T>::value) v.velarMembers(e);
-    if constexpr (HasFields<T>::value) v.velarFields(e);
+    if constexpr (HasArgs<T>::value) shape::Args<T>::visit(v, e);
+    if constexpr (HasMembers<T>::value) shape::Members<T>::visit(v, e);
+    if constexpr (HasFields<T>::value) shape::Fields<T>::visit(v, e);
     return o;
 }
 
@@ -174,7 +171,7 @@ Json encode(T& v) {
         std::apply([&a](auto&... e) { (a.push_back(encode(e)), ...); }, v);
         return a;
     } else {
-        static_assert(kIsObject<U>, "type has no JSON form: declare its members");
+        static_assert(kIsObject<U>, "type has no JSON form: give it a shape in record_shapes.h");
         return encodeObject(v);
     }
 }
@@ -183,31 +180,33 @@ Json encode(T& v) {
 // members) or as the daemon built or the stack hands it up (fields).
 template <class T>
 Json encodeRecord(T& r, const char* className) {
+    static_assert(HasArgs<T>::value || HasFields<T>::value,
+                  "record has no JSON form: give it a shape in record_shapes.h");
     Json j = Json::object();
     j["class"] = className;
     j["id"] = r.GetId();
     if constexpr (HasArgs<T>::value) {
         Json args = Json::array();
         ArrayEncoder e{&args};
-        r.velarArgs(e);
+        shape::Args<T>::visit(r, e);
         j["args"] = std::move(args);
         if constexpr (HasCalls<T>::value) {
             Json calls = Json::array();
             CallEncoder c{&calls};
-            r.velarCalls(c);
+            shape::Calls<T>::visit(r, c);
             j["calls"] = std::move(calls);
         }
         if constexpr (HasMembers<T>::value) {
             Json m = Json::object();
             ObjectEncoder e2{&m};
-            r.velarMembers(e2);
+            shape::Members<T>::visit(r, e2);
             j["members"] = std::move(m);
         }
     } else {
         Json f = Json::object();
         if constexpr (HasFields<T>::value) {
             ObjectEncoder e{&f};
-            r.velarFields(e);
+            shape::Fields<T>::visit(r, e);
         }
         j["fields"] = std::move(f);
     }
@@ -353,7 +352,7 @@ void decode(const Json& j, T& out, const std::string& path) {
         };
         std::apply([&](auto&... e) { (one(e), ...); }, out);
     } else {
-        static_assert(kIsObject<U>, "type has no JSON form: declare its members");
+        static_assert(kIsObject<U>, "type has no JSON form: give it a shape in record_shapes.h");
         decodeFields(j, out, path);
     }
 }
@@ -373,10 +372,10 @@ struct FieldFinder {
 template <class T, class V>
 void visitDecoded(T& out, V& v) {
     if constexpr (HasFields<T>::value) {
-        out.velarFields(v);
+        shape::Fields<T>::visit(out, v);
     } else {
-        if constexpr (HasArgs<T>::value) out.velarArgs(v);
-        if constexpr (HasMembers<T>::value) out.velarMembers(v);
+        if constexpr (HasArgs<T>::value) shape::Args<T>::visit(out, v);
+        if constexpr (HasMembers<T>::value) shape::Members<T>::visit(out, v);
     }
 }
 

@@ -90,7 +90,7 @@ struct Registrar {
                 j["id"] = r->GetId();
                 Json f = Json::object();
                 codec::ObjectEncoder e{&f};
-                static_cast<T*>(r)->velarFields(e);
+                shape::Fields<T>::visit(*static_cast<T*>(r), e);
                 j["fields"] = std::move(f);
                 return j;
             };
@@ -135,9 +135,9 @@ struct Registrar {
     template <class A>
     static bool access(ImsData* r, A& a) {
         T* t = static_cast<T*>(r);
-        if constexpr (codec::HasArgs<T>::value) t->velarArgs(a);
-        if constexpr (codec::HasMembers<T>::value) t->velarMembers(a);
-        if constexpr (codec::HasFields<T>::value) t->velarFields(a);
+        if constexpr (codec::HasArgs<T>::value) shape::Args<T>::visit(*t, a);
+        if constexpr (codec::HasMembers<T>::value) shape::Members<T>::visit(*t, a);
+        if constexpr (codec::HasFields<T>::value) shape::Fields<T>::visit(*t, a);
         return a.found;
     }
     static bool getIntOf(ImsData* r, const char* name, long long* value) {

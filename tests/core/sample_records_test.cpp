@@ -17,15 +17,25 @@ using velar_sim::Json;
 
 namespace {
 
+#define VELAR_FIELDS_SampleInner (mName, std::string), (mCode, int)
 struct SampleInner {
-    VELAR_FIELDS((mName, std::string), (mCode, int))
+    VELAR_FIELDS(VELAR_FIELDS_SampleInner)
 };
 
+#define VELAR_FIELDS_SampleOuter (mInner, SampleInner*), (mTags, std::vector<std::string>)
 struct SampleOuter {
     ~SampleOuter() { delete mInner; }
-    VELAR_FIELDS((mInner, SampleInner*), (mTags, std::vector<std::string>))
+    VELAR_FIELDS(VELAR_FIELDS_SampleOuter)
 };
 
+#define VELAR_FIELDS_SampleShapesData                                                             \
+    (mFlag, bool), (mCount, unsigned int), (mText, std::string), (mRatio, float),                 \
+        (mList, std::vector<std::string>), (mSet, std::set<int>),                                 \
+        (mMap, std::map<std::string, int>), (mByNumber, std::map<int, SampleInner>),              \
+        (mPtr, SampleOuter*), (mUnique, std::unique_ptr<SampleInner>),                            \
+        (mPtrs, std::vector<SampleInner*>), (mNumbers, std::vector<int>*),                        \
+        (mPair, std::pair<int, std::string>), (mTuple, std::tuple<bool, long long, std::string>), \
+        (mGrid, std::vector<std::vector<int>>)
 class SampleShapesData : public ImsData {
 public:
     ~SampleShapesData() override {
@@ -33,17 +43,16 @@ public:
         delete mNumbers;
         for (auto* p : mPtrs) delete p;
     }
-    VELAR_FIELDS((mFlag, bool), (mCount, unsigned int), (mText, std::string), (mRatio, float),
-                 (mList, std::vector<std::string>), (mSet, std::set<int>),
-                 (mMap, std::map<std::string, int>), (mByNumber, std::map<int, SampleInner>),
-                 (mPtr, SampleOuter*), (mUnique, std::unique_ptr<SampleInner>),
-                 (mPtrs, std::vector<SampleInner*>), (mNumbers, std::vector<int>*),
-                 (mPair, std::pair<int, std::string>),
-                 (mTuple, std::tuple<bool, long long, std::string>),
-                 (mGrid, std::vector<std::vector<int>>))
+    VELAR_FIELDS(VELAR_FIELDS_SampleShapesData)
 };
 
 }  // namespace
+
+namespace velar_sim::shape {
+VELAR_SHAPE_FIELDS(SampleInner)
+VELAR_SHAPE_FIELDS(SampleOuter)
+VELAR_SHAPE_FIELDS(SampleShapesData)
+}  // namespace velar_sim::shape
 
 VELAR_SIM_CLASS(SampleShapesData);
 
