@@ -25,8 +25,9 @@
 //   VELAR_SETTER(Setter, VELAR_ARGS_<Class>_<Setter>)
 //                                         exported setter, its arguments kept
 //                                         in the member velar_<Setter>
-//   VELAR_CALLS(VELAR_CALLS_<Class>)      the setters called on the record, in
-//                                         call order; the list names them
+//   VELAR_CALLS(VELAR_CALLS_<Class>)      the log of the setters called, in
+//                                         call order; the list names the
+//                                         class's setters
 #pragma once
 
 #include <type_traits>
@@ -60,6 +61,6 @@
         VELAR_PP_EACH(VELAR_M_STORE_, ~, __VA_ARGS__)            \
     } velar_##Setter{};
 
-// The names of the setters called, in call order; the list is the provider's
-// (which setters exist), the log is the record's.
+// The names of the setters called on the record, in call order. The list
+// names the class's setters for the provider; the record holds only the log.
 #define VELAR_CALLS(...) std::vector<const char*> velarCallLog;

@@ -398,8 +398,9 @@ VELAR_SHAPE_FIELDS(ContactUri)
 VELAR_SHAPE_FIELDS(ContactOrg)
 VELAR_SHAPE_FIELDS(Contact)
 VELAR_SHAPE_ARGS(XdmData)
-// The document fetch is shown by its fields, the base's first, as the
-// daemon fills them, not by the base's constructor arguments.
+// The base's constructor arguments are its fields: the document fetch is shown
+// by them and then its own fields, as the daemon fills them, and has no
+// arguments of its own.
 template <>
 struct Fields<XdmData> : Args<XdmData> {};
 VELAR_SHAPE_FIELDS(NodeSelectorData)
