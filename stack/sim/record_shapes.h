@@ -55,20 +55,23 @@ struct Calls {};  // the setters called, in call order
 
 #define VELAR_STR(x) VELAR_STR_I(x)
 #define VELAR_STR_I(x) #x
-#define VELAR_SHAPE_VISIT_(c, pair) v(VELAR_STR(VELAR_PAIR_NAME pair), x.VELAR_PAIR_NAME pair);
+#define VELAR_SHAPE_VISIT_(c, pair) VELAR_SHAPE_VISIT_NAME_(c, VELAR_PAIR_NAME pair)
+#define VELAR_SHAPE_VISIT_NAME_(c, name) v(VELAR_STR(name), x.name);
 #define VELAR_SHAPE_CALL_(entry, Setter) \
     if (std::strcmp(entry, #Setter) == 0) v.call(#Setter, x.velar_##Setter);
 
 // The indirection expands the list's name into its pairs before they are
-// counted. First is a statement visited before the list (a base's fields).
-#define VELAR_SHAPE_(Aspect, Type, First, List) VELAR_SHAPE_I_(Aspect, Type, First, List)
-#define VELAR_SHAPE_I_(Aspect, Type, First, ...)                    \
-    template <>                                                     \
-    struct Aspect<Type> {                                           \
-        template <class V>                                          \
-        static void visit(Type& x, V& v) {                          \
-            First VELAR_PP_EACH(VELAR_SHAPE_VISIT_, ~, __VA_ARGS__) \
-        }                                                           \
+// counted. First is a statement visited before the list (a base's fields);
+// Visit visits one entry of the list.
+#define VELAR_SHAPE_(Aspect, Type, First, List) \
+    VELAR_SHAPE_I_(Aspect, Type, First, VELAR_SHAPE_VISIT_, List)
+#define VELAR_SHAPE_I_(Aspect, Type, First, Visit, ...) \
+    template <>                                         \
+    struct Aspect<Type> {                               \
+        template <class V>                              \
+        static void visit(Type& x, V& v) {              \
+            First VELAR_PP_EACH(Visit, ~, __VA_ARGS__)  \
+        }                                               \
     };
 
 #define VELAR_SHAPE_FIELDS(Class) VELAR_SHAPE_(Fields, Class, , VELAR_FIELDS_##Class)
@@ -82,6 +85,11 @@ struct Calls {};  // the setters called, in call order
     VELAR_SHAPE_(Fields, Outer::Inner, , VELAR_FIELDS_##Outer##_##Inner)
 #define VELAR_SHAPE_NESTED_ARGS(Outer, Inner) \
     VELAR_SHAPE_(Args, Outer::Inner, , VELAR_ARGS_##Outer##_##Inner)
+
+// For a class whose members are written out by hand rather than from a list:
+// the names of the members to visit.
+#define VELAR_SHAPE_OF(Aspect, Class, ...) \
+    VELAR_SHAPE_I_(Aspect, Class, , VELAR_SHAPE_VISIT_NAME_, __VA_ARGS__)
 
 #define VELAR_SHAPE_NO_ARGS(Class)       \
     template <>                          \
@@ -237,15 +245,7 @@ VELAR_SHAPE_FIELDS(DialogSubscribeStatusData)
 
 // The stack's word between the session and the types is never read: it has
 // no JSON form.
-template <>
-struct Fields<ModifyCallData> {
-    template <class V>
-    static void visit(ModifyCallData& x, V& v) {
-        v("mSession", x.mSession);
-        v("mOldType", x.mOldType);
-        v("mNewType", x.mNewType);
-    }
-};
+VELAR_SHAPE_OF(Fields, ModifyCallData, mSession, mOldType, mNewType)
 
 // ---------------------------------------------------------------------------
 // Supplementary services.
@@ -355,23 +355,8 @@ VELAR_SHAPE_FIELDS(GroupInfoUpdateData)
 
 // An element is shown by its constructor's three strings and then the two
 // sequences the daemon appends to, whatever order the library keeps them in.
-template <>
-struct Args<Element> {
-    template <class V>
-    static void visit(Element& x, V& v) {
-        v("name", x.name);
-        v("value", x.value);
-        v("nameSpace", x.nameSpace);
-    }
-};
-template <>
-struct Members<Element> {
-    template <class V>
-    static void visit(Element& x, V& v) {
-        v("attributes", x.attributes);
-        v("elements", x.elements);
-    }
-};
+VELAR_SHAPE_OF(Args, Element, name, value, nameSpace)
+VELAR_SHAPE_OF(Members, Element, attributes, elements)
 VELAR_SHAPE_NESTED_ARGS(Element, Attribute)
 VELAR_SHAPE_ARGS(PersonTuple)
 VELAR_SHAPE_NESTED_FIELDS(ServiceTuple, Status)
@@ -416,28 +401,9 @@ VELAR_SHAPE_FIELDS(XdmContactListData)
 
 // The string after rid is the library's own and never read: it has no JSON
 // form.
-template <>
-struct Fields<XdmGbaRequestData> {
-    template <class V>
-    static void visit(XdmGbaRequestData& x, V& v) {
-        v("rid", x.rid);
-        v("nafFqdn", x.nafFqdn);
-        v("hexProtocolId", x.hexProtocolId);
-    }
-};
-template <>
-struct Fields<XdmStoreGbaKeyData> {
-    template <class V>
-    static void visit(XdmStoreGbaKeyData& x, V& v) {
-        v("rid", x.rid);
-        v("nonce", x.nonce);
-        v("btid", x.btid);
-        v("lifetime", x.lifetime);
-        v("gbaType", x.gbaType);
-        v("nafFqdn", x.nafFqdn);
-        v("hexProtocolId", x.hexProtocolId);
-    }
-};
+VELAR_SHAPE_OF(Fields, XdmGbaRequestData, rid, nafFqdn, hexProtocolId)
+VELAR_SHAPE_OF(Fields, XdmStoreGbaKeyData, rid, nonce, btid, lifetime, gbaType, nafFqdn,
+               hexProtocolId)
 
 // ---------------------------------------------------------------------------
 // Content sharing.
