@@ -587,14 +587,21 @@ struct Series {
     }
 };
 
-// Throughput and p99 of one participant over another, medians of the rounds.
+// Throughput and p99 of one participant over another: the median of the
+// ratios within each round, where the two ran one after the other, so that
+// a busy spell of the machine that spans a round cancels out of its ratio.
 struct Ratio {
     double tput, p50, p99, cpu;
     Ratio(const Series& num, const Series& den)
-        : tput(median(num.tput) / median(den.tput)),
-          p50(median(num.p50) / median(den.p50)),
-          p99(median(num.p99) / median(den.p99)),
-          cpu(median(num.cpu) / median(den.cpu)) {}
+        : tput(paired(num.tput, den.tput)),
+          p50(paired(num.p50, den.p50)),
+          p99(paired(num.p99, den.p99)),
+          cpu(paired(num.cpu, den.cpu)) {}
+    static double paired(const std::vector<double>& num, const std::vector<double>& den) {
+        std::vector<double> r;
+        for (size_t i = 0; i < num.size() && i < den.size(); i++) r.push_back(num[i] / den[i]);
+        return median(r);
+    }
 };
 
 // What velard must reach against the floor with the daemon's structure.
@@ -721,7 +728,8 @@ int roundtrip(const Options& o) {
     int status = 0;
     bool caching = !o.preload.empty();
     std::cout << o.rounds << " rounds alternating the floors and the daemon; medians of the "
-              << "rounds. Targets against the floor with the daemon's structure: throughput at "
+              << "rounds (ratios: the median of each round's ratio). Targets against the floor "
+                 "with the daemon's structure: throughput at "
               << "least " << kTputTarget << ", p99 at most " << kP99Target
               << "× (misses in bold).\n\n";
     std::cout

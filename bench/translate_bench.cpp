@@ -44,6 +44,7 @@
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 
 #include "core/ims_core.h"
+#include "host/log_line.h"
 #include "measure.h"
 #include "stack/sim/samples.h"
 #include "stack/sim/velar_sim.h"
@@ -74,22 +75,14 @@ std::string readFile(const std::string& path) {
 std::atomic<bool> s_writeLog{true};
 std::atomic<long> s_logLines{0};
 
-char priorityLetter(int prio) {
-    return prio >= 2 && prio <= 7 ? "VDIWEF"[prio - 2] : '?';
-}
-
 }  // namespace
 
 extern "C" int __android_log_print(int prio, const char* tag, const char* fmt, ...) {
     char line[PIPE_BUF];
-    int n = snprintf(line, sizeof line, "%c %s: ", priorityLetter(prio), tag ? tag : "");
-    size_t len = n < 0 ? 0 : std::min(static_cast<size_t>(n), sizeof line - 1);
     va_list ap;
     va_start(ap, fmt);
-    n = vsnprintf(line + len, sizeof line - len, fmt, ap);
+    size_t len = FormatLogLine(line, sizeof line, prio, tag, fmt, ap);
     va_end(ap);
-    if (n > 0) len += std::min(static_cast<size_t>(n), sizeof line - len - 1);
-    line[len++] = '\n';
     s_logLines++;
     if (s_writeLog.load(std::memory_order_relaxed) && write(2, line, len) < 0) return -1;
     return static_cast<int>(len);

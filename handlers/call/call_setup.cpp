@@ -10,7 +10,7 @@
 
 IMS_DISPATCH(DispatchMakeCall) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestmakecall());
+    auto& body = TakeBody(request.mutable_requestmakecall());
 
     // letteringText and typeOfEmergencyService are not the stack's business:
     // an emergency call differs only in what the framework fills in below.
@@ -30,11 +30,11 @@ IMS_DISPATCH(DispatchMakeCall) {
 
 IMS_DISPATCH(DispatchEndCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestendcall());
+    const auto& body = TakeBody(request.mutable_requestendcall());
 
     CallEndData::Reason* reason = nullptr;
     if (body.has_endreason()) {
-        const auto wire = body.endreason();
+        const auto& wire = body.endreason();
         std::vector<std::string> extension(wire.extension().begin(), wire.extension().end());
         reason = new CallEndData::Reason(wire.protocol(), static_cast<int>(wire.cause()),
                                          wire.text(), std::move(extension), wire.islocalrelease());
@@ -47,14 +47,14 @@ IMS_DISPATCH(DispatchEndCall) {
 
 IMS_DISPATCH(DispatchAcceptCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestacceptcall());
+    const auto& body = TakeBody(request.mutable_requestacceptcall());
     s_velar->OnRequest(token, new CallAcceptData(request.reqid(), static_cast<int>(body.session()),
                                                  static_cast<int>(body.calltype())));
 }
 
 IMS_DISPATCH(DispatchRejectCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestrejectcall());
+    const auto& body = TakeBody(request.mutable_requestrejectcall());
     auto* record = ims_call::NewRecord<CallRejectData>(request.reqid());
     record->mSession = static_cast<int>(body.session());
     record->mStatusCode = static_cast<int>(body.statuscode());
@@ -64,7 +64,7 @@ IMS_DISPATCH(DispatchRejectCall) {
 
 IMS_DISPATCH(DispatchProgressIncomingCall) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestprogressincomingcall());
+    auto& body = TakeBody(request.mutable_requestprogressincomingcall());
     auto* record = new CallSessionId(request.reqid(), static_cast<int>(body.session()));
     // Only a present header list reaches the stack, even an empty one.
     if (body.has_extraheader())

@@ -17,27 +17,27 @@ void SendSessionOnly(uint32_t token, int id, const char* name, uint32_t session)
 }  // namespace
 
 IMS_DISPATCH(DispatchHoldCall) {
-    auto body = TakeBody(request.mutable_requestholdcall());
+    auto& body = TakeBody(request.mutable_requestholdcall());
     SendSessionOnly(token, request.reqid(), __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchResumeCall) {
-    auto body = TakeBody(request.mutable_requestresumecall());
+    auto& body = TakeBody(request.mutable_requestresumecall());
     SendSessionOnly(token, request.reqid(), __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchHoldVideo) {
-    auto body = TakeBody(request.mutable_requestholdvideo());
+    auto& body = TakeBody(request.mutable_requestholdvideo());
     SendSessionOnly(token, request.reqid(), __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchResumeVideo) {
-    auto body = TakeBody(request.mutable_requestresumevideo());
+    auto& body = TakeBody(request.mutable_requestresumevideo());
     SendSessionOnly(token, request.reqid(), __func__, body.session());
 }
 
 IMS_DISPATCH(DispatchStartCamera) {
-    auto body = TakeBody(request.mutable_requeststartcamera());
+    auto& body = TakeBody(request.mutable_requeststartcamera());
     const unsigned int camera = body.camera();
     s_velar->OnRequest(token, new StartCamera(request.reqid(), body.session(), camera));
     IMS_LOGI("%s() cameraId: %d", __func__, camera);
@@ -51,7 +51,7 @@ IMS_DISPATCH(DispatchStopCamera) {
 
 IMS_DISPATCH(DispatchUpdateCall) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestupdatecall());
+    auto& body = TakeBody(request.mutable_requestupdatecall());
     auto* record = ims_call::NewRecord<CallUpdateData>(request.reqid());
     record->mSession = static_cast<int>(body.session());
     record->mAction = static_cast<int>(body.action());
@@ -63,14 +63,14 @@ IMS_DISPATCH(DispatchUpdateCall) {
 
 IMS_DISPATCH(DispatchModifyCallType) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestmodifycalltype());
+    auto& body = TakeBody(request.mutable_requestmodifycalltype());
     s_velar->OnRequest(token, new ModifyCallTypeData(request.reqid(), body.session(),
                                                      body.oldtype(), body.newtype()));
 }
 
 IMS_DISPATCH(DispatchReplyModifyCallType) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestreplymodifycalltype());
+    auto& body = TakeBody(request.mutable_requestreplymodifycalltype());
     auto* record = ims_call::NewRecord<ReplyModifyCallType>(request.reqid());
     record->mSession = static_cast<int>(body.session());
     record->mReqType = body.reqtype();
@@ -81,7 +81,7 @@ IMS_DISPATCH(DispatchReplyModifyCallType) {
 
 IMS_DISPATCH(DispatchRejectModifyCallType) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestrejectmodifycalltype());
+    auto& body = TakeBody(request.mutable_requestrejectmodifycalltype());
     auto* record = ims_call::NewRecord<RejectModifyCallType>(request.reqid());
     record->mSession = static_cast<int>(body.session());
     record->mReason = body.reason();
@@ -90,7 +90,7 @@ IMS_DISPATCH(DispatchRejectModifyCallType) {
 
 IMS_DISPATCH(DispatchSendDtmf) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestsenddtmf());
+    auto& body = TakeBody(request.mutable_requestsenddtmf());
     auto* record = ims_call::NewRecord<CallSendDtmf>(request.reqid());
     record->mHandle = static_cast<int>(body.handle());
     record->mSession = static_cast<int>(body.session());
@@ -111,7 +111,7 @@ IMS_DISPATCH(DispatchUpdateAudioInterface) {
 
 IMS_DISPATCH(DispatchSendInfo) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestsendinfo());
+    auto& body = TakeBody(request.mutable_requestsendinfo());
     s_velar->OnRequest(
         token, new CallSendInfo(request.reqid(), body.handle(), body.session(),
                                 static_cast<int>(body.calltype()), ims_call::ContentsOf(body)));
@@ -119,7 +119,7 @@ IMS_DISPATCH(DispatchSendInfo) {
 
 IMS_DISPATCH(DispatchPublishDialog) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestpublishdialog());
+    auto& body = TakeBody(request.mutable_requestpublishdialog());
     auto* record = ims_call::NewRecord<CallPublishData>(request.reqid());
     record->mHandle = static_cast<int>(body.handle());
     record->mOrigUri = TAKE_STRING(body, origuri);

@@ -13,7 +13,7 @@ namespace {
 // A new conference (209) and a call extended to one (222) carry the same
 // body; only the record id tells the stack which it is.
 void SendConfCallSetup(uint32_t token, imsCommonStruc::Request& request) {
-    auto body = TakeBody(request.mutable_requestmakeconfcall());
+    auto& body = TakeBody(request.mutable_requestmakeconfcall());
     std::vector<int> sessions;
     for (int session : body.sessionid()) {
         if (logLevel > 1) IMS_LOGD("participants %d", session);
@@ -44,7 +44,7 @@ IMS_DISPATCH(DispatchExtendToConference) {
 
 IMS_DISPATCH(DispatchUpdateConfCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestupdateconfcall());
+    const auto& body = TakeBody(request.mutable_requestupdateconfcall());
     s_velar->OnRequest(token, new ConfCallUpdateSession(request.reqid(), body.session(), body.cmd(),
                                                         body.participantid(), body.participant()));
 }
@@ -52,7 +52,7 @@ IMS_DISPATCH(DispatchUpdateConfCall) {
 // A transfer the framework starts; replacingSession stays behind.
 IMS_DISPATCH(DispatchTransferCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requesttransfercall());
+    const auto& body = TakeBody(request.mutable_requesttransfercall());
     auto* record = ims_call::NewRecord<CallTransferData>(request.reqid());
     record->mHandle = static_cast<int>(body.handle());
     record->mSession = static_cast<int>(body.session());
@@ -64,7 +64,7 @@ IMS_DISPATCH(DispatchTransferCall) {
 // The framework's answer to a transfer the peer asked for.
 IMS_DISPATCH(DispatchAcceptTransferCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestaccepttransfercall());
+    const auto& body = TakeBody(request.mutable_requestaccepttransfercall());
     auto* record = ims_call::NewRecord<AcceptTransferData>(request.reqid());
     record->mSession = static_cast<int>(body.session());
     record->mAccept = body.accept();
@@ -75,7 +75,7 @@ IMS_DISPATCH(DispatchAcceptTransferCall) {
 
 IMS_DISPATCH(DispatchCancelTransferCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestcanceltransfercall());
+    const auto& body = TakeBody(request.mutable_requestcanceltransfercall());
     auto* record = ims_call::NewRecord<CancelCallTransferData>(request.reqid());
     record->mHandle = static_cast<int>(body.handle());
     record->mSession = static_cast<int>(body.session());
@@ -84,7 +84,7 @@ IMS_DISPATCH(DispatchCancelTransferCall) {
 
 IMS_DISPATCH(DispatchPullingCall) {
     IMS_LOGI("%s()", __func__);
-    const auto body = TakeBody(request.mutable_requestpullingcall());
+    const auto& body = TakeBody(request.mutable_requestpullingcall());
     auto* record = ims_call::NewRecord<CallPullingData>(request.reqid());
     record->mHandle = static_cast<int>(body.handle());
     record->mPullingUri = body.pullinguri();

@@ -10,10 +10,26 @@
 
 #include <google/protobuf/repeated_ptr_field.h>
 
-// A string field; an unset one gives its default without allocating a string
-// for it.
+// A string field, taken as its receiver takes it. It converts to an rvalue
+// of the body's own string: a parameter by value or a record's member moves
+// it out, so that the record keeps the parsed bytes instead of a copy, while
+// a parameter by constant reference reads it in place and copies it, as it
+// would anyway; the body then keeps its buffer for the next parse into it.
+// An unset field gives its default without allocating a string in the body.
+class TakenString {
+public:
+    TakenString(std::string* inBody, const std::string& value) : inBody_(inBody) {
+        if (inBody_ == nullptr) unset_ = value;
+    }
+    operator std::string&&() { return std::move(inBody_ != nullptr ? *inBody_ : unset_); }
+
+private:
+    std::string* inBody_;
+    std::string unset_;
+};
+
 #define TAKE_STRING(body, field) \
-    ((body).has_##field() ? std::move(*(body).mutable_##field()) : std::string((body).field()))
+    TakenString((body).has_##field() ? (body).mutable_##field() : nullptr, (body).field())
 
 // The strings of a repeated field.
 inline std::vector<std::string> TakeStrings(

@@ -65,7 +65,7 @@ void fileAttrToWire(imsCommonStruc::ImFileAttr* wire, const FileAttr& attr) {
 
 IMS_DISPATCH(DispatchFTStartSession) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requeststartftsession());
+    auto& body = TakeBody(request.mutable_requeststartftsession());
     auto& wireSession = *body.mutable_sessiondata();
     auto& wirePayload = *body.mutable_payload();
 
@@ -98,7 +98,7 @@ IMS_DISPATCH(DispatchFTStartSession) {
 
 IMS_DISPATCH(DispatchFTAcceptSession) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestacceptftsession());
+    auto& body = TakeBody(request.mutable_requestacceptftsession());
     auto* record = new RequestAcceptFtSession(request.reqid());
     record->handle = body.sessionhandle();
     record->start = body.start();
@@ -111,7 +111,7 @@ IMS_DISPATCH(DispatchFTAcceptSession) {
 // Serves 522 and 552 alike: the record keeps the id the client used.
 IMS_DISPATCH(DispatchFTCancelSession) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestcancelftsession());
+    auto& body = TakeBody(request.mutable_requestcancelftsession());
     auto* record = new CancelFtSessionData(static_cast<int>(request.reqid()));
     record->handle = body.sessionhandle();
     record->sipCode = body.sipcode();
@@ -139,11 +139,11 @@ IMS_NOTIFY(NotifyFtProgress) {
 }
 
 IMS_NOTIFY(PrepareNotifyFtIncomingSession) {
-    const std::string name =
-        methodName("int PrepareNotifyFtIncomingSession(imsCommonStruc::Notify&, ImsData*)");
-    const auto* record = RecordOf<FtIncomingData>(notify, data, {kNullRecord, name.c_str()});
+    const char* name =
+        IMS_METHOD_NAME("int PrepareNotifyFtIncomingSession(imsCommonStruc::Notify&, ImsData*)");
+    const auto* record = RecordOf<FtIncomingData>(notify, data, {kNullRecord, name});
     if (record == nullptr) return -1;
-    if (logLevel > 1) IMS_LOGD("%s: reqId = %d", name.c_str(), data->GetId());
+    if (logLevel > 1) IMS_LOGD("%s: reqId = %d", name, data->GetId());
     // The stack promises a payload; should one ever be missing, the client
     // still learns of the offer, with an empty description.
     static const FtPayload kNoPayload{};

@@ -7,7 +7,7 @@
 
 IMS_DISPATCH(DispatchGroupListSubscribe) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestgrouplistsubscribe());
+    auto& body = TakeBody(request.mutable_requestgrouplistsubscribe());
     auto* record = new GroupListSubscribeData(request.reqid());
     record->handle = body.handle();
     record->subscriptionId = body.subscriptionid();
@@ -18,7 +18,7 @@ IMS_DISPATCH(DispatchGroupListSubscribe) {
 
 IMS_DISPATCH(DispatchGroupInfoSubscribe) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestgroupinfosubscribe());
+    auto& body = TakeBody(request.mutable_requestgroupinfosubscribe());
     auto* record = new GroupInfoSubscribeData(request.reqid());
     record->handle = body.handle();
     record->subscriptionId = body.subscriptionid();

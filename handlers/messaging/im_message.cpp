@@ -10,7 +10,7 @@
 
 IMS_DISPATCH(DispatchIMSendMessage) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestsendimmessage());
+    auto& body = TakeBody(request.mutable_requestsendimmessage());
     auto& param = *body.mutable_messageparam();
 
     // The session already fixes who sends and who receives; of the message
@@ -34,7 +34,7 @@ IMS_DISPATCH(DispatchIMSendMessage) {
 
 IMS_DISPATCH(DispatchIMSendComposingStatus) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestsendimcomposingstatus());
+    auto& body = TakeBody(request.mutable_requestsendimcomposingstatus());
     auto* record = new RequestSendImComposingStatus(request.reqid());
     record->handle = body.sessionid();
     record->status.contentType = body.status().contenttype();
@@ -50,16 +50,16 @@ IMS_DISPATCH(DispatchIMSendNotiStatus) {
     static constexpr const char* kSignature =
         "void DispatchIMSendNotiStatus(uint32_t, imsCommonStruc::Request&, "
         "RequestInfo*)";
-    auto body = TakeBody(request.mutable_requestsendimnotificationstatus());
+    auto& body = TakeBody(request.mutable_requestsendimnotificationstatus());
     auto& status = *body.mutable_status();
     const int value = static_cast<int>(status.status());
     if (value != 0 && value != 1) {
-        IMS_LOGE("%s: Unsupported status!", methodName(kSignature).c_str());
+        IMS_LOGE("%s: Unsupported status!", IMS_METHOD_NAME(kSignature));
         return;
     }
     const int service = static_cast<int>(body.service());
     if (service < 0 || service > 2) {
-        IMS_LOGE("%s: Unsupported service type!", methodName(kSignature).c_str());
+        IMS_LOGE("%s: Unsupported service type!", IMS_METHOD_NAME(kSignature));
         return;
     }
 
@@ -83,7 +83,7 @@ IMS_DISPATCH(DispatchIMSendNotiStatus) {
 
 IMS_DISPATCH(DispatchUpdateParticipants) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestupdateparticipants());
+    auto& body = TakeBody(request.mutable_requestupdateparticipants());
     auto* record = new RequestUpdateParticipants(request.reqid());
     record->handle = body.sessionhandle();
     record->reqType = static_cast<int32_t>(body.reqtype());

@@ -143,9 +143,9 @@ IMS_NOTIFY(PrepareNotifyImMessageReportReceived) {
     static constexpr const char* kSignature =
         "int PrepareNotifyImMessageReportReceived(imsCommonStruc::Notify&, "
         "ImsData*)";
-    const std::string name = methodName(kSignature);
-    IMS_LOGV("%s: ", name.c_str());
-    const auto* record = RecordOf<ImMessageReportData>(notify, data, {kNullRecord, name.c_str()});
+    const char* name = IMS_METHOD_NAME(kSignature);
+    IMS_LOGV("%s: ", name);
+    const auto* record = RecordOf<ImMessageReportData>(notify, data, {kNullRecord, name});
     if (record == nullptr) return -1;
     auto* body = notify.mutable_immessagereportreceived();
     body->set_sessionid(record->handle);

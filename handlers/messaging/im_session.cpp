@@ -11,7 +11,7 @@
 
 IMS_DISPATCH(DispatchIMStartSession) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requeststartimsession());
+    auto& body = TakeBody(request.mutable_requeststartimsession());
     auto& wireSession = *body.mutable_session();
     auto& base = *wireSession.mutable_basesessiondata();
 
@@ -56,7 +56,7 @@ IMS_DISPATCH(DispatchIMStartSession) {
 
 IMS_DISPATCH(DispatchAcceptImSession) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestacceptimsession());
+    auto& body = TakeBody(request.mutable_requestacceptimsession());
     s_velar->OnRequest(
         token, new RequestAcceptImSession(request.reqid(), static_cast<int>(body.sessionid()),
                                           TAKE_STRING(body, useralias)));
@@ -64,7 +64,7 @@ IMS_DISPATCH(DispatchAcceptImSession) {
 
 IMS_DISPATCH(DispatchImCloseSession) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestcloseimsession());
+    auto& body = TakeBody(request.mutable_requestcloseimsession());
     auto* record = new CloseImSessionData(request.reqid());
     record->handle = body.sessionid();
     // Taken as it stands: without reasonHdr the stack gets code 0, not the
@@ -76,7 +76,7 @@ IMS_DISPATCH(DispatchImCloseSession) {
 
 IMS_DISPATCH(DispatchRejectImSession) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestrejectimsession());
+    auto& body = TakeBody(request.mutable_requestrejectimsession());
     auto* record = new RequestRejectImSession(request.reqid());
     record->handle = body.sessionhandle();
     record->sipCode = static_cast<int32_t>(body.sipcode());

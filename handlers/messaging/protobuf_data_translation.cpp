@@ -68,26 +68,23 @@ ImParticipant translateParticipant(const imsCommonStruc::Participant& participan
 
 imsCommonStruc::NotificationStatus translateStackImdnNoti(cpmim::ImNotificationStatus status) {
     const int value = static_cast<int>(status);
-    if (logLevel > 1)
-        IMS_LOGD("%s: status = %d", methodName(kStackImdnNotiSignature).c_str(), value);
+    if (logLevel > 1) IMS_LOGD("%s: status = %d", IMS_METHOD_NAME(kStackImdnNotiSignature), value);
     if (isKnownImdnStatus(value)) return static_cast<imsCommonStruc::NotificationStatus>(value);
     IMS_LOGE("%s: unknown status! Use DELIVERED instead!",
-             methodName(kStackImdnNotiSignature).c_str());
+             IMS_METHOD_NAME(kStackImdnNotiSignature));
     return imsCommonStruc::NOTIFICATION_STATUS_DELIVERED;
 }
 
 std::set<cpmim::ImNotificationStatus> translateFwImdnNoti(
     const google::protobuf::RepeatedField<int>& noti) {
-    if (logLevel > 1)
-        IMS_LOGD("%s: size = %d", methodName(kFwImdnNotiSignature).c_str(), noti.size());
+    if (logLevel > 1) IMS_LOGD("%s: size = %d", IMS_METHOD_NAME(kFwImdnNotiSignature), noti.size());
     std::set<cpmim::ImNotificationStatus> result;
     for (int value : noti) {
-        if (logLevel > 1)
-            IMS_LOGD("%s: status = %d", methodName(kFwImdnNotiSignature).c_str(), value);
+        if (logLevel > 1) IMS_LOGD("%s: status = %d", IMS_METHOD_NAME(kFwImdnNotiSignature), value);
         if (isKnownImdnStatus(value)) {
             result.insert(static_cast<cpmim::ImNotificationStatus>(value));
         } else {
-            IMS_LOGE("%s: unknown status!", methodName(kFwImdnNotiSignature).c_str());
+            IMS_LOGE("%s: unknown status!", IMS_METHOD_NAME(kFwImdnNotiSignature));
         }
     }
     return result;
@@ -154,13 +151,13 @@ void translateStackImMessage(imsCommonStruc::ImMessageParam& out, const ImMessag
     out.set_extraft(message.extraFt);
     out.set_xmsmessage(message.xmsMessage);
     translateStackImdnData(*out.mutable_imdn(), message.imdn);
-    for (CpimNamespace ns : message.cpimNamespaces)
+    for (const CpimNamespace& ns : message.cpimNamespaces)
         translateCpimNamespace(*out.add_cpimnamespaces(), ns);
     out.set_receiver(message.receiver);
     out.set_silencesupported(message.silenceSupported);
     for (const std::string& cc : message.ccParticipants) {
         if (logLevel > 1)
-            IMS_LOGD("%s: receiver = %s", methodName(kStackImMessageSignature).c_str(), cc.c_str());
+            IMS_LOGD("%s: receiver = %s", IMS_METHOD_NAME(kStackImMessageSignature), cc.c_str());
         out.add_ccparticipants(cc);
     }
 }

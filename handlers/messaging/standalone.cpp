@@ -33,7 +33,7 @@ Record* newStandaloneRecord(int id, const Body& body) {
 
 IMS_DISPATCH(DispatchIMSendSlmMessage) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestsendimslmmessage());
+    auto& body = TakeBody(request.mutable_requestsendimslmmessage());
     auto& wireSession = *body.mutable_sessiondata();
     auto& wireMessage = *body.mutable_messageparam();
 
@@ -60,7 +60,7 @@ IMS_DISPATCH(DispatchIMSendSlmMessage) {
 
 IMS_DISPATCH(DispatchSlmSendFile) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestsendslmfile());
+    auto& body = TakeBody(request.mutable_requestsendslmfile());
     auto& wireSession = *body.mutable_sessiondata();
     auto& wirePayload = *body.mutable_payloadparam();
 
@@ -94,10 +94,9 @@ IMS_RESPONSE(ResponseSendImSlmMessage) {
 
 IMS_RESPONSE(PrepareResponseSlmSendFile) {
     if (logLevel > 1)
-        IMS_LOGD("%s: ",
-                 methodName("int PrepareResponseSlmSendFile(uint32_t, imsCommonStruc::Response&, "
-                            "ImsData*)")
-                     .c_str());
+        IMS_LOGD("%s: ", IMS_METHOD_NAME(
+                             "int PrepareResponseSlmSendFile(uint32_t, imsCommonStruc::Response&, "
+                             "ImsData*)"));
     const auto* record = RecordOf<SendSlmFileRespData>(response, data);
     if (record == nullptr) return -1;
     auto* body = response.mutable_sendslmfileresp();

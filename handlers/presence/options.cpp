@@ -6,7 +6,7 @@
 
 IMS_DISPATCH(DispatchOptionsCapExchange) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestoptionscapexchange());
+    auto& body = TakeBody(request.mutable_requestoptionscapexchange());
     std::vector<unsigned int> features;
     features.reserve(static_cast<size_t>(body.myfeatures_size()));
     for (int feature : body.myfeatures()) features.push_back(static_cast<unsigned int>(feature));

@@ -36,7 +36,7 @@ std::vector<Element*> ConvertElements(const WireElements& wire) {
 
 IMS_DISPATCH(DispatchPresencePublish) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestpresencepublish());
+    auto& body = TakeBody(request.mutable_requestpresencepublish());
 
     std::vector<PersonTuple*> persons;
     for (const auto& wire : body.persontuples()) {
@@ -80,7 +80,7 @@ IMS_DISPATCH(DispatchPresencePublish) {
 
 IMS_DISPATCH(DispatchPresenceUnpublish) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestpresenceunpublish());
+    auto& body = TakeBody(request.mutable_requestpresenceunpublish());
     // A withdrawal carries no document and no entity tag.
     auto* record =
         new PresencePublishData(request.reqid(), static_cast<int>(body.handle()), nullptr, 0, "");

@@ -8,7 +8,7 @@
 
 IMS_DISPATCH(DispatchPresenceSubscribe) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestpresencesubscribe());
+    auto& body = TakeBody(request.mutable_requestpresencesubscribe());
     auto* record = new PresenceSubscribeData;
     record->id = request.reqid();
     record->handle = static_cast<int>(body.handle());
@@ -24,7 +24,7 @@ IMS_DISPATCH(DispatchPresenceSubscribe) {
 
 IMS_DISPATCH(DispatchPresenceUnsubscribe) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestpresenceunsubscribe());
+    auto& body = TakeBody(request.mutable_requestpresenceunsubscribe());
     auto* record = new PresenceSubscribeData;
     record->id = request.reqid();
     record->handle = static_cast<int>(body.handle());

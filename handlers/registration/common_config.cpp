@@ -20,7 +20,7 @@ std::map<std::string, std::string> firstKeyWins(const Pairs& pairs) {
 
 IMS_DISPATCH(DispatchUpdateCommonConfig) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestupdatecommonconfig());
+    auto& body = TakeBody(request.mutable_requestupdatecommonconfig());
     auto* record = new ConfigData(request.reqid());
 
     // The stack takes the sections in this order, which is not the wire's.

@@ -34,7 +34,7 @@ int fillRegistrationStatus(const char* name, imsCommonStruc::Notify& notify, Ims
 
 IMS_DISPATCH(DispatchRegistration) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestregistration());
+    auto& body = TakeBody(request.mutable_requestregistration());
     const std::list<std::string> pcscfAddrList(body.pcscfaddrlist().begin(),
                                                body.pcscfaddrlist().end());
     // An absent isExplicitDeregi reads as the schema's default, true.
@@ -49,7 +49,7 @@ IMS_DISPATCH(DispatchRegistration) {
 
 IMS_DISPATCH(DispatchUpdateAkaResp) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestupdateakaresp());
+    auto& body = TakeBody(request.mutable_requestupdateakaresp());
     // The AKA response is a credential: never in a production log.
     if (!IsShipBuild() && logLevel >= 2) IMS_LOGD("%s() %s", __func__, body.akaresp().c_str());
     auto* record =
@@ -60,7 +60,7 @@ IMS_DISPATCH(DispatchUpdateAkaResp) {
 
 IMS_DISPATCH(DispatchSetPreferredImpu) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestsetpreferredimpu());
+    auto& body = TakeBody(request.mutable_requestsetpreferredimpu());
     s_velar->OnRequest(token,
                        new UpdatePreferredImpu(request.reqid(), static_cast<int>(body.handle()),
                                                TAKE_STRING(body, impu)));
@@ -68,14 +68,14 @@ IMS_DISPATCH(DispatchSetPreferredImpu) {
 
 IMS_DISPATCH(DispatchNetworkSuspended) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestnetworksuspended());
+    auto& body = TakeBody(request.mutable_requestnetworksuspended());
     s_velar->OnRequest(token, new NetworkSuspended(request.reqid(), static_cast<int>(body.handle()),
                                                    body.state()));
 }
 
 IMS_DISPATCH(DispatchUpdateFeatureTag) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestupdatefeaturetag());
+    auto& body = TakeBody(request.mutable_requestupdatefeaturetag());
     s_velar->OnRequest(token, new PairData<int, std::vector<unsigned int>>(
                                   request.reqid(), static_cast<int>(body.handle()),
                                   helpers::toTags(body.featuretaglist())));

@@ -3,13 +3,13 @@
 
 IMS_DISPATCH(DispatchOpenSipDialog) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestopensipdialog());
+    auto& body = TakeBody(request.mutable_requestopensipdialog());
     s_velar->OnRequest(token, new PrimitiveData<bool>(request.reqid(), body.isrequired()));
 }
 
 IMS_DISPATCH(DispatchSipDialogSendSip) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestsendsip());
+    auto& body = TakeBody(request.mutable_requestsendsip());
     s_velar->OnRequest(token, new SendSipData(request.reqid(), static_cast<int>(body.handle()),
                                               body.sipmessage()));
 }

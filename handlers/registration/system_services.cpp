@@ -7,7 +7,7 @@
 
 IMS_DISPATCH(DispatchDnsQuery) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestdnsquery());
+    auto& body = TakeBody(request.mutable_requestdnsquery());
     const int handle = static_cast<int>(body.handle());
     auto* record = new DnsQueryData(request.reqid(), handle, TAKE_STRING(body, interface),
                                     TAKE_STRING(body, hostname), body.type(),
@@ -18,7 +18,7 @@ IMS_DISPATCH(DispatchDnsQuery) {
 
 IMS_DISPATCH(DispatchUpdateVceConfig) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestupdatevceconfig());
+    auto& body = TakeBody(request.mutable_requestupdatevceconfig());
     auto* record = new VceConfigData;
     record->SetId(request.reqid());
     record->handle = static_cast<int>(body.handle());
@@ -28,14 +28,14 @@ IMS_DISPATCH(DispatchUpdateVceConfig) {
 
 IMS_DISPATCH(DispatchUpdatePani) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestupdatepani());
+    auto& body = TakeBody(request.mutable_requestupdatepani());
     s_velar->OnRequest(token, new PaniData(request.reqid(), static_cast<int>(body.handle()),
                                            TAKE_STRING(body, pani), TAKE_STRING(body, lastpani)));
 }
 
 IMS_DISPATCH(DispatchUpdateGeolocation) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestupdategeolocation());
+    auto& body = TakeBody(request.mutable_requestupdategeolocation());
     // Only what the client sent; a field left out is an empty string.
     auto sent = [](bool present, const std::string& value) {
         return present ? value : std::string();
@@ -64,12 +64,12 @@ IMS_DISPATCH(DispatchUpdateGeolocation) {
 
 IMS_DISPATCH(DispatchAlarmWakeUp) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestalarmwakeup());
+    auto& body = TakeBody(request.mutable_requestalarmwakeup());
     s_velar->OnRequest(token, new PrimitiveData<int>(request.reqid(), static_cast<int>(body.id())));
 }
 
 IMS_DISPATCH(DispatchX509CertVerifyResult) {
-    auto body = TakeBody(request.mutable_requestx509certverifyresult());
+    auto& body = TakeBody(request.mutable_requestx509certverifyresult());
     IMS_LOGI("%s() result %d", __func__, body.result() ? 1 : 0);
     // The client's reason stays here: the stack takes the verdict alone.
     s_velar->OnRequest(token, new PrimitiveData<bool>(request.reqid(), body.result()));
@@ -77,7 +77,7 @@ IMS_DISPATCH(DispatchX509CertVerifyResult) {
 
 IMS_DISPATCH(DispatchDeleteTcpClientSocket) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestdeletetcpclientsocket());
+    auto& body = TakeBody(request.mutable_requestdeletetcpclientsocket());
     s_velar->OnRequest(token,
                        new DeleteTcpClientSocket(request.reqid(), static_cast<int>(body.handle())));
 }

@@ -7,7 +7,7 @@
 
 IMS_DISPATCH(DispatchUACreation) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestuacreation());
+    auto& body = TakeBody(request.mutable_requestuacreation());
 
     // authName, regdomain, isSigComp, secureClientPort, secureServerPort,
     // selfPort, isSubscribeRegEvent and isKeepAlive are not the stack's
@@ -69,7 +69,7 @@ IMS_DISPATCH(DispatchUACreation) {
 
 IMS_DISPATCH(DispatchUADeletion) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestuadeletion());
+    auto& body = TakeBody(request.mutable_requestuadeletion());
     s_velar->OnRequest(token,
                        new PrimitiveData<int>(request.reqid(), static_cast<int>(body.handle())));
 }

@@ -9,7 +9,7 @@ namespace ims = imsCommonStruc;
 
 IMS_DISPATCH(DispatchIshStartSession) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestishstartsession());
+    auto& body = TakeBody(request.mutable_requestishstartsession());
     auto* record = new StartIshSession;
     record->id = request.reqid();
     record->registrationHandle = body.registrationhandle();
@@ -22,7 +22,7 @@ IMS_DISPATCH(DispatchIshStartSession) {
 
 IMS_DISPATCH(DispatchIshAcceptSession) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestishacceptsession());
+    auto& body = TakeBody(request.mutable_requestishacceptsession());
     s_velar->OnRequest(
         token, new TupleData<int, std::string>(request.reqid(), static_cast<int>(body.sessionid()),
                                                TAKE_STRING(body, filepath)));
@@ -30,7 +30,7 @@ IMS_DISPATCH(DispatchIshAcceptSession) {
 
 IMS_DISPATCH(DispatchIshStopSession) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestishstopsession());
+    auto& body = TakeBody(request.mutable_requestishstopsession());
     // The stack takes no reason for stopping: the wire's reason stays here.
     s_velar->OnRequest(
         token, new TupleData<int, std::string>(request.reqid(), static_cast<int>(body.sessionid()),

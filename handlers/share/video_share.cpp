@@ -7,7 +7,7 @@ namespace ims = imsCommonStruc;
 
 IMS_DISPATCH(DispatchVshStartSession) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestvshstartsession());
+    auto& body = TakeBody(request.mutable_requestvshstartsession());
     // filePath, size and contentType are not the stack's concern here.
     auto* record = new StartVshSession;
     record->id = request.reqid();
@@ -18,14 +18,14 @@ IMS_DISPATCH(DispatchVshStartSession) {
 
 IMS_DISPATCH(DispatchVshAcceptSession) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestvshacceptsession());
+    auto& body = TakeBody(request.mutable_requestvshacceptsession());
     s_velar->OnRequest(token,
                        new PrimitiveData<int>(request.reqid(), static_cast<int>(body.sessionid())));
 }
 
 IMS_DISPATCH(DispatchVshStopSession) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestvshstopsession());
+    auto& body = TakeBody(request.mutable_requestvshstopsession());
     s_velar->OnRequest(token,
                        new PrimitiveData<int>(request.reqid(), static_cast<int>(body.sessionid())));
 }

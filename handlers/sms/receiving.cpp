@@ -20,7 +20,7 @@ IMS_NOTIFY(NotifyReceiveSms) {
 
 IMS_DISPATCH(DispatchReceiveSmsResp) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestreceivesmsresp());
+    auto& body = TakeBody(request.mutable_requestreceivesmsresp());
     s_velar->OnRequest(
         token, new SmsReceiveResponse(request.reqid(), body.handle(), TAKE_STRING(body, callid),
                                       static_cast<int>(body.status())));

@@ -6,7 +6,7 @@
 
 IMS_DISPATCH(DispatchSendMessage) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestsendmsg());
+    auto& body = TakeBody(request.mutable_requestsendmsg());
     // The stack tells a reply from a new message by the constructor used, so
     // presence decides, not content: an empty inReplyTo is still a reply.
     // contentLen goes as given, even where it disagrees with the body.
@@ -52,7 +52,7 @@ IMS_NOTIFY(NotifySmsRpAck) {
 
 IMS_DISPATCH(DispatchSendRpAckResp) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestsendrpackresp());
+    auto& body = TakeBody(request.mutable_requestsendrpackresp());
     s_velar->OnRequest(
         token, new RpAckResponse(request.reqid(), body.handle(), TAKE_STRING(body, callid)));
 }

@@ -44,7 +44,7 @@ Contact* ConvertContact(imsCommonStruc::Contact* wire) {
 
 IMS_DISPATCH(DispatchXdmFetchDocument) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestxdmfetchdocument());
+    auto& body = TakeBody(request.mutable_requestxdmfetchdocument());
     NodeSelectorData selector;
     if (body.has_nodeselector()) {
         auto& wire = *body.mutable_nodeselector();
@@ -64,7 +64,7 @@ IMS_DISPATCH(DispatchXdmFetchDocument) {
 
 IMS_DISPATCH(DispatchXdmUploadPresRules) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestxdmuploadpresrules());
+    auto& body = TakeBody(request.mutable_requestxdmuploadpresrules());
     // The rules document itself is the stack's to build: rules is not read.
     s_velar->OnRequest(token, new XdmPresRuleData(request.reqid(), static_cast<int>(body.rid()),
                                                   TAKE_STRING(body, impu), TAKE_STRING(body, btid),
@@ -73,7 +73,7 @@ IMS_DISPATCH(DispatchXdmUploadPresRules) {
 
 IMS_DISPATCH(DispatchXdmUploadContacts) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestxdmuploadcontacts());
+    auto& body = TakeBody(request.mutable_requestxdmuploadcontacts());
     std::vector<Contact*> contacts;
     contacts.reserve(static_cast<size_t>(body.contacts_size()));
     for (auto& wire : *body.mutable_contacts()) contacts.push_back(ConvertContact(&wire));
@@ -85,7 +85,7 @@ IMS_DISPATCH(DispatchXdmUploadContacts) {
 
 IMS_DISPATCH(DispatchXdmModifyContact) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestxdmmodifycontact());
+    auto& body = TakeBody(request.mutable_requestxdmmodifycontact());
     // Without a contact on the wire the stack still gets one, empty.
     s_velar->OnRequest(
         token, new XdmModifyContactData(request.reqid(), static_cast<int>(body.rid()),
@@ -96,7 +96,7 @@ IMS_DISPATCH(DispatchXdmModifyContact) {
 
 IMS_DISPATCH(DispatchXdmDeleteContact) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestxdmmodifycontact());
+    auto& body = TakeBody(request.mutable_requestxdmmodifycontact());
     s_velar->OnRequest(
         token, new XdmModifyContactData(request.reqid(), static_cast<int>(body.rid()),
                                         TAKE_STRING(body, impu), TAKE_STRING(body, contactid),

@@ -7,7 +7,7 @@
 
 IMS_DISPATCH(DispatchXdmUpdateGbaData) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestxdmupdategbadata());
+    auto& body = TakeBody(request.mutable_requestxdmupdategbadata());
     s_velar->OnRequest(token, new XdmGbaData(request.reqid(), static_cast<int>(body.rid()),
                                              TAKE_STRING(body, imsi), body.gbauiccsupported()));
 }
@@ -16,7 +16,7 @@ IMS_DISPATCH(DispatchXdmUpdateGbaData) {
 // where registration has its handle and no nonce.
 IMS_DISPATCH(DispatchXdmUpdateAkaResp) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestxdmupdateakaresp());
+    auto& body = TakeBody(request.mutable_requestxdmupdateakaresp());
     if (logLevel > 1) IMS_LOGD("%s() %s", __func__, body.akaresp().c_str());
     s_velar->OnRequest(
         token,
@@ -26,7 +26,7 @@ IMS_DISPATCH(DispatchXdmUpdateAkaResp) {
 
 IMS_DISPATCH(DispatchXdmUpdateGbaKey) {
     IMS_LOGI("%s()", __func__);
-    auto body = TakeBody(request.mutable_requestxdmupdategbakey());
+    auto& body = TakeBody(request.mutable_requestxdmupdategbakey());
     if (logLevel > 1) IMS_LOGD("%s() %s", __func__, body.gbakey().c_str());
     s_velar->OnRequest(token, new XdmKeyData(request.reqid(), static_cast<int>(body.rid()),
                                              TAKE_STRING(body, btid), body.gbakey()));

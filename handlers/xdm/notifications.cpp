@@ -106,9 +106,9 @@ IMS_NOTIFY(NotifyXdmContactDownload) {
         for (const Contact& contact : *record->contacts) FillContact(body->add_contacts(), contact);
     }
     if (logLevel >= 2) {
-        const std::string name =
-            methodName("int NotifyXdmContactDownload(imsCommonStruc::Notify&, ImsData*)");
-        IMS_LOGD("%s: ContactDownloadNotify size: %d", name.c_str(),
+        const char* name =
+            IMS_METHOD_NAME("int NotifyXdmContactDownload(imsCommonStruc::Notify&, ImsData*)");
+        IMS_LOGD("%s: ContactDownloadNotify size: %d", name,
                  static_cast<int>(notify.ByteSizeLong()));
     }
     return 0;

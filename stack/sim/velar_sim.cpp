@@ -135,6 +135,21 @@ const char* const kCopiedNames[2][2] = {{"handle", "mHandle"}, {"session", "mSes
 const char* const kSuccessFlags[] = {"success"};
 }  // namespace
 
+namespace {
+
+// The registered class of a table row's answer, looked up by name once per
+// row rather than once per request.
+const ClassInfo* answerClassOf(const HandlerClass* row) {
+    static std::mutex mutex;
+    static std::unordered_map<const HandlerClass*, const ClassInfo*> known;
+    std::lock_guard<std::mutex> lock(mutex);
+    auto it = known.find(row);
+    if (it == known.end()) it = known.emplace(row, findClass(row->className)).first;
+    return it->second;
+}
+
+}  // namespace
+
 AutoPlan planAutoAnswer(ImsData* request) {
     AutoPlan plan;
     plan.requestId = request->GetId();
@@ -142,7 +157,7 @@ AutoPlan planAutoAnswer(ImsData* request) {
     if (row == nullptr) return plan;
     const char* cls = row->className;
     const char* handleFrom = row->handleFrom;
-    plan.answerClass = findClass(cls);
+    plan.answerClass = answerClassOf(row);
     if (plan.answerClass == nullptr || plan.answerClass->decode == nullptr) {
         SIM_LOG(ANDROID_LOG_ERROR, "no answer class %s for request %d", cls, plan.requestId);
         plan.answerClass = nullptr;
@@ -163,10 +178,35 @@ AutoPlan planAutoAnswer(ImsData* request) {
     return plan;
 }
 
+namespace {
+
+// Whether a class's default constructor leaves a record exactly as decoding
+// an empty JSON object does (every member declared zero). It usually does;
+// a member held through a pointer to a container is the exception (decoding
+// gives an empty container, the constructor none). Auto mode answers every
+// request, so it decodes once per class to find out, and from then on
+// constructs when that is the same record.
+bool freshIsEmptyDecode(const ClassInfo* cls) {
+    static std::mutex mutex;
+    static std::unordered_map<const ClassInfo*, bool> known;
+    std::lock_guard<std::mutex> lock(mutex);
+    auto it = known.find(cls);
+    if (it != known.end()) return it->second;
+    bool same = false;
+    if (cls->fresh != nullptr) {
+        std::unique_ptr<ImsData> decoded(cls->decode(Json::object()));
+        std::unique_ptr<ImsData> fresh(cls->fresh());
+        same = cls->encode(decoded.get(), cls->name) == cls->encode(fresh.get(), cls->name);
+    }
+    return known.emplace(cls, same).first->second;
+}
+
+}  // namespace
+
 ImsData* buildAutoAnswer(const AutoPlan& plan) {
     if (plan.answerClass == nullptr) return nullptr;
     const ClassInfo* out = plan.answerClass;
-    ImsData* answer = out->decode(Json::object());
+    ImsData* answer = freshIsEmptyDecode(out) ? out->fresh() : out->decode(Json::object());
     answer->SetId(plan.requestId);
     for (const char* flag : kSuccessFlags) out->setFlag(answer, flag, true);
     for (int i = 0; i < 2; i++) {
