@@ -5,7 +5,6 @@
 #include <fcntl.h>
 #include <linux/capability.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -28,19 +27,17 @@
 #include <gtest/gtest.h>
 
 #include "rc_file.h"
+#include "tests/support/child_process.h"
 
 using namespace std::chrono_literals;
+using velard_test::Child;
+using velard_test::ReadFile;
+using velard_test::TempDir;
+using velard_test::WaitFor;
 
 namespace {
 
 const std::string kSource = VELARD_SOURCE_DIR;
-
-std::string ReadText(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
 
 velard_rc::Service OneService(const std::string& rcText) {
     std::vector<velard_rc::Service> s;
@@ -336,69 +333,31 @@ std::string IdentityProblem(const std::string& rcText) {
     return "";
 }
 
-// A child process, waited for with a limit.
-struct Spawned {
-    pid_t pid = -1;
-    bool done = false;
-
-    bool Done() { return done || (done = waitpid(pid, nullptr, WNOHANG) == pid); }
-    void Wait() {
-        auto until = std::chrono::steady_clock::now() + 20s;
-        while (!Done() && std::chrono::steady_clock::now() < until)
-            std::this_thread::sleep_for(10ms);
-        if (!done) kill(pid, SIGKILL), waitpid(pid, nullptr, 0), done = true;
-    }
-};
-
-Spawned Spawn(std::vector<std::string> argv, const std::string& in, const std::string& out) {
-    std::vector<char*> args;
-    for (auto& a : argv) args.push_back(a.data());
-    args.push_back(nullptr);
-    posix_spawn_file_actions_t files;
-    posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_addopen(&files, 0, in.c_str(), O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&files, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_adddup2(&files, 1, 2);
-    posix_spawnattr_t attr;
-    posix_spawnattr_init(&attr);
-    posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETPGROUP);
-    Spawned s;
-    EXPECT_EQ(posix_spawn(&s.pid, args[0], &files, &attr, args.data(), environ), 0) << args[0];
-    posix_spawn_file_actions_destroy(&files);
-    posix_spawnattr_destroy(&attr);
-    return s;
-}
-
 // Starts velard through velard-host from this description and has imsctl
 // send it one request: the socket the .rc names must be the one the daemon
 // takes, or nothing answers.
 std::string ServeProblem(const std::string& rcText) {
-    char tmpl[] = "/tmp/velard-rc-XXXXXX";
-    std::string dir = mkdtemp(tmpl);
-    std::ofstream(dir + "/velard.rc") << rcText;
-    std::ofstream(dir + "/request")
-        << R"({"reqid":"REQ_UA_DELETION","requestUaDeletion":{"handle":5}})"
-        << "\n";
-    Spawned host = Spawn({VELARD_HOST_BIN, "--rc", dir + "/velard.rc", "--socket", dir + "/sock",
-                          "--once", "--daemon", VELARD_BIN},
-                         "/dev/null", dir + "/host.log");
-    for (int i = 0; i < 500 && access((dir + "/sock").c_str(), F_OK) != 0; ++i)
-        std::this_thread::sleep_for(10ms);
-    Spawned client =
-        Spawn({IMSCTL_BIN, "--socket", dir + "/sock", "--wait-ms", "300", "--connect-ms", "10000"},
-              dir + "/request", dir + "/imsctl.out");
+    TempDir dir;
+    std::string rc = dir.path() / "velard.rc", sock = dir.path() / "sock";
+    std::ofstream(rc) << rcText;
+    Child host(dir,
+               {VELARD_HOST_BIN, "--rc", rc, "--socket", sock, "--once", "--daemon", VELARD_BIN});
+    WaitFor([&] { return access(sock.c_str(), F_OK) == 0; });
+    Child client(dir, {IMSCTL_BIN, "--socket", sock, "--wait-ms", "300", "--connect-ms", "10000"},
+                 R"({"reqid":"REQ_UA_DELETION","requestUaDeletion":{"handle":5}})"
+                 "\n");
     // The client's leaving ends the daemon and velard-host with it. A daemon
     // that found no socket has already ended, and so has velard-host: the
     // client, still trying to connect, has nobody to wait for.
     while (!client.Done()) {
-        if (host.Done()) kill(client.pid, SIGKILL);
+        if (host.Done()) client.Signal(SIGKILL);
         std::this_thread::sleep_for(10ms);
     }
-    host.Wait();
-    std::string out = ReadText(dir + "/imsctl.out"), log = ReadText(dir + "/host.log");
-    std::filesystem::remove_all(dir);
+    host.Wait(20s);  // killed on leaving if it has not ended by then
+    std::string out = client.Out();
     if (out.find(R"("frame":"response")") != std::string::npos) return "";
-    return "velard did not answer through its socket\nimsctl: " + out + "\nvelard-host: " + log;
+    return "velard did not answer through its socket\nimsctl: " + out + client.Err() +
+           "\nvelard-host: " + host.Out() + host.Err();
 }
 
 // The policy labels the binary and the socket that the service names, so
@@ -408,7 +367,7 @@ std::string ServeProblem(const std::string& rcText) {
 std::string LabelProblem(const std::string& rcText) {
     velard_rc::Service s = OneService(rcText);
     std::vector<std::pair<std::regex, std::string>> entries;
-    std::istringstream in(ReadText(kSource + "/sepolicy/file_contexts"));
+    std::istringstream in(ReadFile(kSource + "/sepolicy/file_contexts"));
     for (std::string path, context; in >> path >> context;) entries.emplace_back(path, context);
     auto label = [&](const std::string& path) {
         std::string context;
@@ -469,7 +428,7 @@ std::string StartUpIdentity(const std::string& rcText) {
                           "--once",        "--daemon", VELARD_BIN};
     char* argv[] = {args[0].data(), args[1].data(), args[2].data(), args[3].data(), args[4].data(),
                     args[5].data(), args[6].data(), args[7].data(), nullptr};
-    int last = std::stoi(ReadText("/proc/sys/kernel/cap_last_cap"));
+    int last = std::stoi(ReadFile("/proc/sys/kernel/cap_last_cap"));
     pid_t host = fork();
     if (host == 0) {
         setpgid(0, 0);
@@ -493,17 +452,20 @@ std::string StartUpIdentity(const std::string& rcText) {
     pid_t daemon = ChildOf(host);
     std::string identity = connected && daemon > 0 ? Identity(daemon) : "never listened";
     close(fd);  // velard ends, and velard-host with it
-    Spawned{host}.Wait();
+    if (!WaitFor([&] { return waitpid(host, nullptr, WNOHANG) == host; }, 20s)) {
+        kill(host, SIGKILL);
+        waitpid(host, nullptr, 0);
+    }
     std::filesystem::remove_all(dir);
     return identity;
 }
 
 std::string RcText() {
-    return ReadText(kSource + "/velard.rc");
+    return ReadFile(kSource + "/velard.rc");
 }
 
 std::string BpText() {
-    std::string bp = ReadText(kSource + "/Android.bp");
+    std::string bp = ReadFile(kSource + "/Android.bp");
     if (bp.empty()) ADD_FAILURE() << "no Android.bp at " << kSource;
     return bp;
 }
@@ -523,7 +485,7 @@ TEST(VelardRc, ServesThroughTheSocketItNamesFromWhereAndroidBpInstallsItWithItsI
 
 TEST(VelardRc, StartUpTakesItsIdentityWithinTheServicesCapabilities) {
     if (geteuid() != 0) GTEST_SKIP() << "velard changes identity only when started as root";
-    std::string status = ReadText("/proc/self/status");
+    std::string status = ReadFile("/proc/self/status");
     std::string bounding = status.substr(status.find("CapBnd:") + 8, 16);
     if ((std::stoull(bounding, nullptr, 16) & kKeptCapabilities) != kKeptCapabilities)
         GTEST_SKIP() << "this host's bounding set " << bounding << " lacks some of velard's";

@@ -94,10 +94,16 @@ public:
 
     void Signal(int sig) const { kill(mPid, sig); }
 
+    // Whether the child has ended (and is reaped), without waiting. One that
+    // never started counts as ended, so that no loop waits for it.
+    bool Done() {
+        if (!mDone) mDone = mPid <= 0 || waitpid(mPid, &mStatus, WNOHANG) == mPid;
+        return mDone;
+    }
+
     // Raw wait status, or -1 if the child is still running after the limit.
     int Wait(std::chrono::milliseconds limit = std::chrono::milliseconds(10000)) {
-        if (!WaitFor([&] { return waitpid(mPid, &mStatus, WNOHANG) == mPid; }, limit)) return -1;
-        mDone = true;
+        if (!WaitFor([&] { return Done(); }, limit)) return -1;
         return mStatus;
     }
 
