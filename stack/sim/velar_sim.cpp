@@ -114,9 +114,19 @@ const ClassInfo* findClass(const std::string& name) {
 }
 
 const ClassInfo* findClass(const std::type_info& type) {
+    // Records of one class tend to come in runs; the last answer saves
+    // hashing the type's name again.
+    static thread_local const std::type_info* lastType = nullptr;
+    static thread_local const ClassInfo* lastClass = nullptr;
+    if (lastType != nullptr && *lastType == type) return lastClass;
     auto& r = registry();
     auto it = r.byType.find(std::type_index(type));
-    return it == r.byType.end() ? nullptr : it->second;
+    const ClassInfo* found = it == r.byType.end() ? nullptr : it->second;
+    if (found != nullptr) {
+        lastType = &type;
+        lastClass = found;
+    }
+    return found;
 }
 
 std::vector<std::string> classNames() {
@@ -140,9 +150,8 @@ namespace {
 // The registered class of a table row's answer, looked up by name once per
 // row rather than once per request.
 const ClassInfo* answerClassOf(const HandlerClass* row) {
-    static std::mutex mutex;
-    static std::unordered_map<const HandlerClass*, const ClassInfo*> known;
-    std::lock_guard<std::mutex> lock(mutex);
+    // Per thread, so that no request waits on a lock for it.
+    static thread_local std::unordered_map<const HandlerClass*, const ClassInfo*> known;
     auto it = known.find(row);
     if (it == known.end()) it = known.emplace(row, findClass(row->className)).first;
     return it->second;
@@ -187,9 +196,7 @@ namespace {
 // request, so it decodes once per class to find out, and from then on
 // constructs when that is the same record.
 bool freshIsEmptyDecode(const ClassInfo* cls) {
-    static std::mutex mutex;
-    static std::unordered_map<const ClassInfo*, bool> known;
-    std::lock_guard<std::mutex> lock(mutex);
+    static thread_local std::unordered_map<const ClassInfo*, bool> known;
     auto it = known.find(cls);
     if (it != known.end()) return it->second;
     bool same = false;
