@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velard_bench {
@@ -34,6 +35,30 @@ double medianNsPerCall(Op&& op, int batches = 31, int perBatch = 64, int warmup 
     }
     std::nth_element(means.begin(), means.begin() + batches / 2, means.end());
     return means[static_cast<size_t>(batches / 2)];
+}
+
+// The medians of two operations measured in alternating batches, so that a
+// slow spell of the machine falls on both alike.
+template <class A, class B>
+std::pair<double, double> pairedMedianNsPerCall(A&& a, B&& b, int batches = 31, int perBatch = 64,
+                                                int warmup = 256) {
+    for (int i = 0; i < warmup; i++) {
+        a();
+        b();
+    }
+    std::vector<double> meansA, meansB;
+    for (int n = 0; n < batches; n++) {
+        auto start = Clock::now();
+        for (int i = 0; i < perBatch; i++) a();
+        meansA.push_back(nsSince(start) / perBatch);
+        start = Clock::now();
+        for (int i = 0; i < perBatch; i++) b();
+        meansB.push_back(nsSince(start) / perBatch);
+    }
+    auto mid = static_cast<size_t>(batches / 2);
+    std::nth_element(meansA.begin(), meansA.begin() + mid, meansA.end());
+    std::nth_element(meansB.begin(), meansB.begin() + mid, meansB.end());
+    return {meansA[mid], meansB[mid]};
 }
 
 // The value below which the fraction q of the samples lie (nearest rank).

@@ -73,7 +73,11 @@ section() { echo; echo "## $1"; echo; }
   echo "finished message alone. Notification: the handler on a record of the id's"
   echo "class with every field filled, framed. Log lines are formatted, not written."
   echo "The simulated stack runs at log level 2, so the lines that print user data"
-  echo "are formatted too. Median of 31 batches of 64 calls. Targets: for a body or message of 1 KiB"
+  echo "are formatted too. Median of 31 batches of 64 calls, alternating with"
+  echo "batches of the parse or the serialisation alone, so that both are taken in"
+  echo "the same moments; every id is measured in three passes over all of them and"
+  echo "its least figure kept, since this machine slows down for seconds at a time."
+  echo "Targets: for a body or message of 1 KiB"
   echo "or more, what the translation adds beyond the parse or the serialisation at"
   echo "most a third of it; anything smaller at most 1 µs in all (misses in bold)."
   echo
