@@ -38,6 +38,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <google/protobuf/io/coded_stream.h>
@@ -441,12 +442,13 @@ int main(int argc, char** argv) {
         }
     };
 
-    // Every id is measured in each of three passes, and its least figure of
-    // the three is kept: this machine slows down now and then for seconds at
-    // a time, which a median within one pass cannot see past.
-    constexpr int kPasses = 3;
+    // Every id is measured in each of five passes a few seconds apart, and
+    // its least figure is kept: this machine slows down now and then for
+    // seconds at a time, which a median within one pass cannot see past.
+    constexpr int kPasses = 5;
     std::vector<Row> rows;
     for (int pass = 0; pass < kPasses; pass++) {
+        if (pass > 0) std::this_thread::sleep_for(std::chrono::seconds(3));
         std::vector<Row> passRows;
         measurePass(pass, passRows);
         if (pass == 0) {

@@ -75,7 +75,7 @@ section() { echo; echo "## $1"; echo; }
   echo "The simulated stack runs at log level 2, so the lines that print user data"
   echo "are formatted too. Median of 31 batches of 64 calls, alternating with"
   echo "batches of the parse or the serialisation alone, so that both are taken in"
-  echo "the same moments; every id is measured in three passes over all of them and"
+  echo "the same moments; every id is measured in five passes over all of them, seconds apart, and"
   echo "its least figure kept, since this machine slows down for seconds at a time."
   echo "Targets: for a body or message of 1 KiB"
   echo "or more, what the translation adds beyond the parse or the serialisation at"
