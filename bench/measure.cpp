@@ -66,24 +66,24 @@ double schedstatNs(const std::string& dir) {
 
 }  // namespace
 
-double cpuNs(pid_t pid) {
-    // The time each thread has run, to the nanosecond, as the floors' own
-    // threads are measured; clock ticks only where the kernel keeps no
-    // schedstat. Every thread of the daemon lives through a run.
+double liveThreadsCpuNs(pid_t pid) {
     std::string tasks = "/proc/" + std::to_string(pid) + "/task";
-    if (DIR* dir = opendir(tasks.c_str())) {
-        double sum = 0;
-        bool any = false;
-        while (dirent* e = readdir(dir)) {
-            if (e->d_name[0] == '.') continue;
-            double ns = schedstatNs(tasks + "/" + e->d_name);
-            if (ns < 0) continue;
-            sum += ns;
-            any = true;
-        }
-        closedir(dir);
-        if (any) return sum;
+    DIR* dir = opendir(tasks.c_str());
+    if (dir == nullptr) return -1;
+    double sum = 0;
+    bool any = false;
+    while (dirent* e = readdir(dir)) {
+        if (e->d_name[0] == '.') continue;
+        double ns = schedstatNs(tasks + "/" + e->d_name);
+        if (ns < 0) continue;
+        sum += ns;
+        any = true;
     }
+    closedir(dir);
+    return any ? sum : -1;
+}
+
+double cpuNs(pid_t pid) {
     std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
     std::string text((std::istreambuf_iterator<char>(stat)), std::istreambuf_iterator<char>());
     // The command name may hold blanks; fields are counted after its ')'.

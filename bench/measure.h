@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -20,6 +21,20 @@ inline double nsSince(Clock::time_point start) {
     return std::chrono::duration<double, std::nano>(Clock::now() - start).count();
 }
 
+// One batch: the mean nanoseconds per call over perBatch calls of op.
+template <class Op>
+double batchNsPerCall(Op& op, int perBatch) {
+    auto start = Clock::now();
+    for (int i = 0; i < perBatch; i++) op();
+    return nsSince(start) / perBatch;
+}
+
+inline double middle(std::vector<double> values) {
+    auto mid = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), mid, values.end());
+    return *mid;
+}
+
 // Nanoseconds per call of op: the median over `batches` batches of `perBatch`
 // calls each, after a warm-up. A batch that the scheduler interrupted on a
 // busy machine lands in the upper half and leaves the median alone.
@@ -27,14 +42,8 @@ template <class Op>
 double medianNsPerCall(Op&& op, int batches = 31, int perBatch = 64, int warmup = 256) {
     for (int i = 0; i < warmup; i++) op();
     std::vector<double> means;
-    means.reserve(static_cast<size_t>(batches));
-    for (int b = 0; b < batches; b++) {
-        auto start = Clock::now();
-        for (int i = 0; i < perBatch; i++) op();
-        means.push_back(nsSince(start) / perBatch);
-    }
-    std::nth_element(means.begin(), means.begin() + batches / 2, means.end());
-    return means[static_cast<size_t>(batches / 2)];
+    for (int n = 0; n < batches; n++) means.push_back(batchNsPerCall(op, perBatch));
+    return middle(std::move(means));
 }
 
 // The medians of two operations measured in alternating batches, so that a
@@ -48,17 +57,10 @@ std::pair<double, double> pairedMedianNsPerCall(A&& a, B&& b, int batches = 31, 
     }
     std::vector<double> meansA, meansB;
     for (int n = 0; n < batches; n++) {
-        auto start = Clock::now();
-        for (int i = 0; i < perBatch; i++) a();
-        meansA.push_back(nsSince(start) / perBatch);
-        start = Clock::now();
-        for (int i = 0; i < perBatch; i++) b();
-        meansB.push_back(nsSince(start) / perBatch);
+        meansA.push_back(batchNsPerCall(a, perBatch));
+        meansB.push_back(batchNsPerCall(b, perBatch));
     }
-    auto mid = static_cast<size_t>(batches / 2);
-    std::nth_element(meansA.begin(), meansA.begin() + mid, meansA.end());
-    std::nth_element(meansB.begin(), meansB.begin() + mid, meansB.end());
-    return {meansA[mid], meansB[mid]};
+    return {middle(std::move(meansA)), middle(std::move(meansB))};
 }
 
 // The value below which the fraction q of the samples lie (nearest rank).
@@ -77,9 +79,11 @@ std::vector<std::pair<std::string, std::string>> machineDescription();
 long residentKiB(pid_t pid);
 // CPU time (user plus system) used so far, in nanoseconds, or -1: by a whole
 // process, threads that have ended included (/proc/<pid>/stat, in clock
-// ticks), and by one of this process's threads, from the scheduler's own
-// accounting (schedstat, exact to the nanosecond, for short runs).
+// ticks); by the threads of a process that are alive now, and by one of this
+// process's threads, from the scheduler's own accounting (schedstat, exact
+// to the nanosecond, for short runs).
 double cpuNs(pid_t pid);
+double liveThreadsCpuNs(pid_t pid);
 double threadCpuNs(pid_t tid);
 
 // 1234567 -> "1,234,567"

@@ -89,8 +89,8 @@ void ProcessCommandBuffer(const void* record, size_t length) {
     // One Request per reading thread, parsed into again for each record (the
     // parse clears it first). A cleared message keeps its sub-messages and
     // string buffers, so a request does not pay for building and tearing down
-    // the envelope's hundred fields; what it keeps is bounded by the largest
-    // record.
+    // the envelope's hundred fields or its body's; what it keeps is bounded by
+    // the largest record of each request id.
     static thread_local imsCommonStruc::Request request;
     google::protobuf::io::CodedInputStream input(static_cast<const uint8_t*>(record),
                                                  static_cast<int>(length));

@@ -1,6 +1,6 @@
-// Moving the fields of a body that a dispatch handler owns (TakeBody) into
-// the stack's record, so that the record takes the parsed bytes instead of a
-// copy of them.
+// Taking the fields of a dispatch handler's body (TakeBody) into the stack's
+// record: moved where the record keeps them, so that it takes the parsed
+// bytes instead of a copy of them.
 #pragma once
 
 #include <iterator>
